@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/base/Bytes.h"
+#include "platform/base/Result.h"
+
+#include <filesystem>
+#include <span>
+
+namespace skyflare {
+
+/// Reads a whole file. The error names the path and says why.
+Result<Bytes> readFile(const std::filesystem::path &path);
+
+/// Puts `bytes` at `path` so that a crash at any moment leaves the old file or the new one, whole:
+/// a temporary name in the same folder, synced, renamed, the folder synced. Makes missing folders.
+Result<> replaceFile(const std::filesystem::path &path, std::span<const std::uint8_t> bytes);
+
+} // namespace skyflare

@@ -1,0 +1,82 @@
+#include "platform/base/NotificationCenter.h"
+
+#include <doctest/doctest.h>
+
+#include <atomic>
+#include <future>
+#include <string>
+#include <thread>
+
+using namespace skyflare;
+
+TEST_CASE("observers of a name run in the order in which they were added")
+{
+    NotificationCenter center;
+    std::string ran;
+    const auto first = center.addObserver("A", [&] { ran += '1'; });
+    auto second = center.addObserver("A", [&] { ran += '2'; });
+    const auto other = center.addObserver("B", [&] { ran += 'b'; });
+    center.postNotificationName("A");
+    CHECK(ran == "12");
+    second = center.addObserver("A", [&] { ran += '3'; }); // the one before ends
+    center.postNotificationName("A");
+    CHECK(ran == "1213");
+}
+
+TEST_CASE("a block may post, observe and end observations, its own too")
+{
+    NotificationCenter center;
+    std::string ran;
+    NotificationCenter::Observation self;
+    NotificationCenter::Observation later;
+    NotificationCenter::Observation added;
+    self = center.addObserver("A", [&] {
+        ran += '(';
+        if (ran.size() < 3)
+            center.postNotificationName("A");
+        later = {};
+        self = {};
+        added = center.addObserver("A", [&] { ran += 'n'; });
+        ran += ')';
+    });
+    later = center.addObserver("A", [&] { ran += 'l'; });
+    center.postNotificationName("A");
+    CHECK(ran == "((()))"); // `later` is ended before its turn, `added` comes too late for this post
+    center.postNotificationName("A");
+    CHECK(ran == "((()))n");
+}
+
+TEST_CASE("the end of an observation waits for a block that runs on another thread")
+{
+    NotificationCenter center;
+    std::promise<void> entered;
+    std::atomic<bool> ending = false;
+    bool finished = false; // no atomic: the end of the observation must order it
+    auto observation = center.addObserver("A", [&] {
+        entered.set_value();
+        while (!ending)
+            std::this_thread::yield();
+        for (int turn = 0; turn < 1000; ++turn)
+            std::this_thread::yield();
+        finished = true;
+    });
+    const auto posting = std::async(std::launch::async, [&] { center.postNotificationName("A"); });
+    entered.get_future().wait();
+    ending = true;
+    observation = {};
+    CHECK(finished);
+}
+
+TEST_CASE("two threads may be inside the same block at once")
+{
+    NotificationCenter center;
+    std::atomic<int> inside = 0;
+    const auto observation = center.addObserver("A", [&] {
+        ++inside;
+        while (inside < 2)
+            std::this_thread::yield();
+    });
+    const auto posting = std::async(std::launch::async, [&] { center.postNotificationName("A"); });
+    center.postNotificationName("A");
+    CHECK(inside == 2);
+}

@@ -1,0 +1,184 @@
+#include "platform/base/AsioQueues.h"
+#include "platform/base/MainLoop.h"
+#include "tests/fakes/AbortsInChild.h"
+
+#include <doctest/doctest.h>
+
+#include <atomic>
+#include <future>
+#include <numeric>
+#include <vector>
+
+using namespace skyflare;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// Something that one thread does and another waits for.
+class Signal {
+public:
+    void give() { promise_.set_value(); }
+    [[nodiscard]] bool comes() { return future_.wait_for(60s) == std::future_status::ready; }
+
+private:
+    std::promise<void> promise_;
+    std::future<void> future_ = promise_.get_future();
+};
+
+} // namespace
+
+TEST_CASE("a serial queue runs one thing at a time, in order, on its own thread")
+{
+    AsioQueues queues;
+    const auto queue = queues.makeSerialQueue("worker");
+    std::vector<int> ran; // no lock: the queue must order it
+    for (int number = 0; number < 1000; ++number)
+        queue->async([&, number] { ran.push_back(queue->isCurrent() ? number : -1); });
+    CHECK(queue->sync([&] { ran.push_back(1000); }));
+    std::vector<int> expected(1001);
+    std::iota(expected.begin(), expected.end(), 0);
+    CHECK(ran == expected);
+    CHECK_FALSE(queue->isCurrent());
+    CHECK(queue->label() == "worker");
+}
+
+TEST_CASE("waiting for oneself and running on the wrong queue abort")
+{
+    CHECK(abortsInChild([] {
+        AsioQueues queues;
+        const auto queue = queues.makeSerialQueue("worker");
+        return queue->sync([&] { std::ignore = queue->sync([] {}); });
+    }));
+    CHECK(abortsInChild([] { return MainLoop().sync([] {}); }));
+    CHECK(abortsInChild([] { assertOn(*AsioQueues().makeSerialQueue("worker")); }));
+    CHECK_FALSE(abortsInChild([] { assertOn(MainLoop()); }));
+}
+
+TEST_CASE("a serial queue that is let go of by its own work runs what it had accepted")
+{
+    AsioQueues queues;
+    Signal go;
+    Signal ran;
+    auto queue = queues.makeSerialQueue("short-lived");
+    SerialQueue &borrowed = *queue;
+    borrowed.async([&, own = std::move(queue)]() mutable {
+        CHECK(go.comes());
+        own = nullptr;
+    });
+    borrowed.async([&] { ran.give(); });
+    go.give();
+    CHECK(ran.comes());
+}
+
+TEST_CASE("who waits in sync goes home with false when the queue closes before the work's turn")
+{
+    MainLoop mainLoop;
+    AsioQueues queues;
+    const auto queue = queues.makeSerialQueue("worker");
+    Signal waiting;
+    std::promise<bool> answer;
+    bool ran = false;
+    bool acceptedRan = false;
+    mainLoop.async([&] {
+        queue->async([&] {
+            waiting.give();
+            answer.set_value(mainLoop.sync([&] { ran = true; }));
+        });
+        mainLoop.async([&] { acceptedRan = true; });
+        CHECK(waiting.comes());
+        mainLoop.quit();
+    });
+    mainLoop.run();
+    CHECK_FALSE(answer.get_future().get());
+    CHECK_FALSE(ran);
+    CHECK(acceptedRan);
+}
+
+TEST_CASE("a closed queue drops what it is given")
+{
+    AsioQueues queues;
+    std::atomic<int> ran = 0;
+    const auto queue = queues.makeSerialQueue("worker");
+    queue->async([&] { ++ran; });
+    queue->asyncAfter(24h, [&] { ran += 100; }); // would keep close() waiting for a day
+    queues.globalUserInitiated().asyncAfter(24h, [&] { ran += 100; });
+    queues.close();
+    CHECK(ran == 1);
+    for (const auto &closed : {queue, queues.makeSerialQueue("born closed")}) {
+        CHECK_FALSE(closed->sync([&] { ++ran; }));
+        closed->async([&] { ++ran; });
+        closed->asyncAfter(0s, [&] { ++ran; });
+    }
+    CHECK_FALSE(queues.globalUserInitiated().sync([&] { ++ran; }));
+    CHECK(ran == 1);
+}
+
+TEST_CASE("timers run when they are due, the earlier one first")
+{
+    AsioQueues queues;
+    const auto queue = queues.makeSerialQueue("worker");
+    Signal last;
+    std::vector<int> ran;
+    const auto start = std::chrono::steady_clock::now();
+    queue->asyncAfter(30ms, [&] {
+        ran.push_back(2);
+        last.give();
+    });
+    queue->asyncAfter(10ms, [&] { ran.push_back(1); });
+    REQUIRE(last.comes());
+    CHECK(std::chrono::steady_clock::now() - start >= 30ms);
+    CHECK(ran == std::vector{1, 2});
+}
+
+TEST_CASE("the global queue runs side by side and can be drained")
+{
+    AsioQueues queues;
+    DispatchQueue &global = queues.globalUserInitiated();
+    Signal first;
+    Signal second;
+    global.async([&] {
+        first.give();
+        CHECK(second.comes());
+    });
+    global.async([&] {
+        CHECK(first.comes());
+        second.give();
+    });
+    std::atomic<int> ran = 0;
+    for (int number = 0; number < 100; ++number)
+        global.async([&] { global.async([&] { ++ran; }); });
+    queues.drainGlobal();
+    CHECK(ran == 100);
+}
+
+TEST_CASE("a shutdown runs all that was accepted, while main goes on serving")
+{
+    MainLoop mainLoop;
+    AsioQueues queues;
+    const auto queue = queues.makeSerialQueue("worker");
+    std::vector<int> ran;
+    mainLoop.async([&] {
+        queue->async([&] {
+            CHECK(mainLoop.sync([&] { ran.push_back(1); }));
+            queues.globalUserInitiated().async([&] {
+                CHECK(mainLoop.sync([&] { ran.push_back(2); }));
+                mainLoop.async([&] { ran.push_back(3); });
+            });
+        });
+        queues.closeThen([&] { mainLoop.quit(); });
+    });
+    mainLoop.run();
+    CHECK(ran == std::vector{1, 2, 3});
+}
+
+TEST_CASE("a main loop that never ran lets go of what it was given")
+{
+    const auto held = std::make_shared<int>(1);
+    {
+        MainLoop mainLoop;
+        mainLoop.async([held] {});
+        mainLoop.asyncAfter(24h, [held] {});
+        CHECK(held.use_count() == 3);
+    }
+    CHECK(held.use_count() == 1);
+}

@@ -1,0 +1,193 @@
+#include "platform/base/UserDefaults.h"
+
+#include "platform/base/Files.h"
+#include "tests/fakes/RecordingConsole.h"
+#include "tests/fakes/TemporaryFolder.h"
+
+#include <doctest/doctest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <fstream>
+#include <limits>
+
+using namespace skyflare;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+Bytes bytesOf(std::string_view text)
+{
+    return {text.begin(), text.end()};
+}
+
+long filesIn(const fs::path &folder)
+{
+    return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
+}
+
+/// From now on this process can write no file longer than that: a disk that is full.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t longest)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit now{longest, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &now);
+    }
+    FullDisk(const FullDisk &) = delete;
+    FullDisk &operator=(const FullDisk &) = delete;
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
+
+private:
+    rlimit before_{};
+};
+
+} // namespace
+
+TEST_CASE("a typed getter converts what it finds")
+{
+    constexpr auto most = std::numeric_limits<std::int64_t>::max();
+    constexpr auto least = std::numeric_limits<std::int64_t>::min();
+    constexpr double infinite = std::numeric_limits<double>::infinity();
+    struct Row {
+        PropertyList stored;
+        bool asBool;
+        std::int64_t asInteger;
+        double asFloat; ///< widened
+        double asDouble;
+        std::optional<std::string> asString;
+    };
+    const Row rows[] = {
+        {true, true, 1, 1, 1, "1"},
+        {false, false, 0, 0, 0, "0"},
+        {std::int64_t{-7}, true, -7, -7, -7, "-7"},
+        {0.25, true, 0, 0.25, 0.25, "0.25"},
+        {-2.9, true, -2, static_cast<double>(-2.9F), -2.9, "-2.9"},
+        {1.0, true, 1, 1, 1, "1"},
+        {1e300, true, most, infinite, 1e300, "1e+300"},
+        {std::string("1"), true, 1, 1, 1, "1"},
+        {std::string("yes"), true, 0, 0, 0, "yes"},
+        {std::string(" +0t"), true, 0, 0, 0, " +0t"},
+        {std::string("no"), false, 0, 0, 0, "no"},
+        {std::string("0"), false, 0, 0, 0, "0"},
+        {std::string("0.5"), false, 0, 0.5, 0.5, "0.5"},
+        {std::string("\t-12.75e1 m"), true, -12, -127.5, -127.5, "\t-12.75e1 m"},
+        {std::string("-99999999999999999999"), true, least, static_cast<double>(-1e20F), -1e20,
+         "-99999999999999999999"},
+        {std::string("inf"), false, 0, 0, 0, "inf"},
+        {std::string(), false, 0, 0, 0, ""},
+        {Bytes{1}, false, 0, 0, 0, std::nullopt},
+        {PropertyList::Array{true}, false, 0, 0, 0, std::nullopt},
+    };
+    const TemporaryFolder folder;
+    RecordingConsole console;
+    UserDefaults defaults(folder / "settings.plist", console);
+    for (const Row &row : rows) {
+        CAPTURE(&row - &rows[0]);
+        defaults.setObject(row.stored, "key");
+        CHECK(defaults.boolForKey("key") == row.asBool);
+        CHECK(defaults.integerForKey("key") == row.asInteger);
+        CHECK(static_cast<double>(defaults.floatForKey("key")) == row.asFloat);
+        CHECK(defaults.doubleForKey("key") == row.asDouble);
+        CHECK(defaults.stringForKey("key") == row.asString);
+    }
+    defaults.removeObjectForKey("key");
+    CHECK_FALSE(defaults.hasObjectForKey("key"));
+    CHECK_FALSE(defaults.stringForKey("key").has_value());
+    CHECK(defaults.doubleForKey("key") == 0);
+}
+
+TEST_CASE("settings are written through at once")
+{
+    const TemporaryFolder folder;
+    RecordingConsole console;
+    const fs::path file = folder / "new folder/settings.plist";
+    UserDefaults defaults(file, console);
+    CHECK_FALSE(fs::exists(file));
+    defaults.setFloat(0.1F, "sensivity");
+    defaults.setDouble(1.0 / 3, "frequency");
+    defaults.setBool(true, "autoSave");
+    defaults.removeObjectForKey("autoSave");
+
+    const UserDefaults reread(file, console);
+    CHECK(reread.floatForKey("sensivity") == 0.1F);
+    CHECK(reread.doubleForKey("frequency") == 1.0 / 3);
+    CHECK_FALSE(reread.hasObjectForKey("autoSave"));
+    CHECK(filesIn(file.parent_path()) == 1);
+    CHECK(console.reports().empty());
+}
+
+TEST_CASE("a damaged settings file is kept aside, reported and replaced")
+{
+    const TemporaryFolder folder;
+    RecordingConsole console;
+    const fs::path file = folder / "settings.plist";
+    Bytes cutShort = PropertyList(PropertyList::Dictionary{{"autoSave", true}}).serialize();
+    cutShort.resize(cutShort.size() - 5);
+    const Bytes otherType = PropertyList(PropertyList::Array{true}).serialize();
+
+    for (const Bytes &damaged : {cutShort, otherType, Bytes{}}) {
+        REQUIRE(replaceFile(file, damaged));
+        UserDefaults defaults(file, console);
+        CHECK_FALSE(defaults.hasObjectForKey("autoSave"));
+        defaults.setInteger(5, "savedPhoto");
+        CHECK(UserDefaults(file, console).integerForKey("savedPhoto") == 5);
+    }
+    CHECK(*readFile(folder / "settings.plist.damaged") == cutShort);
+    CHECK(*readFile(folder / "settings.plist.damaged.2") == otherType);
+    CHECK(readFile(folder / "settings.plist.damaged.3")->empty());
+    REQUIRE(console.reports().size() == 3);
+    CHECK(console.reports()[1] == "settings: " + file.string() +
+                                      " is damaged (not a dictionary); kept aside as " + file.string() +
+                                      ".damaged.2");
+}
+
+TEST_CASE("settings that cannot be written hold until the end, and are reported once")
+{
+    const TemporaryFolder folder;
+    RecordingConsole console;
+    REQUIRE(replaceFile(folder / "file", bytesOf("in the way")));
+    UserDefaults defaults(folder / "file/settings.plist", console);
+    defaults.setInteger(3, "savedPhoto");
+    defaults.setInteger(4, "savedPhoto");
+    CHECK(defaults.integerForKey("savedPhoto") == 4);
+    REQUIRE(console.reports().size() == 1);
+    CHECK(console.reports()[0].find((folder / "file").string()) != std::string::npos);
+    CHECK(*readFile(folder / "file") == bytesOf("in the way"));
+}
+
+TEST_CASE("settings that cannot be read are not written over")
+{
+    const TemporaryFolder folder;
+    RecordingConsole console;
+    fs::create_symlink("settings.plist", folder / "settings.plist"); // leads to itself
+    UserDefaults defaults(folder / "settings.plist", console);
+    defaults.setInteger(3, "savedPhoto");
+    CHECK(defaults.integerForKey("savedPhoto") == 3);
+    CHECK(fs::is_symlink(folder / "settings.plist"));
+    CHECK(console.reports().size() == 1);
+}
+
+TEST_CASE("a file that cannot be replaced stays as it was")
+{
+    const TemporaryFolder folder;
+    REQUIRE(replaceFile(folder / "file", bytesOf("old")));
+    {
+        const FullDisk full(1000);
+        const auto replaced = replaceFile(folder / "file", Bytes(5000));
+        REQUIRE_FALSE(replaced);
+        CHECK(replaced.error().code == EFBIG);
+    }
+    CHECK(*readFile(folder / "file") == bytesOf("old"));
+    CHECK(filesIn(folder.path()) == 1);
+
+    fs::create_directories(folder / "folder/in it");
+    CHECK_FALSE(replaceFile(folder / "folder", bytesOf("new")));
+    CHECK(filesIn(folder.path()) == 2);
+    CHECK(readFile(folder / "folder")
+              .error()
+              .message.starts_with("cannot read " + (folder / "folder").string()));
+}
