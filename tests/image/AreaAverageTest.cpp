@@ -1,0 +1,168 @@
+#include "platform/image/AreaAverage.h"
+
+#include "tests/image/TestPictures.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace skyflare;
+
+namespace {
+
+constexpr std::array ycbcrFormats{PixelFormat::NV12, PixelFormat::I420, PixelFormat::YUY2, PixelFormat::UYVY};
+constexpr std::array rgbFormats{PixelFormat::RGBx, PixelFormat::BGRx, PixelFormat::RGB};
+constexpr std::array matrices{ColorMatrix::Bt601, ColorMatrix::Bt709, ColorMatrix::Bt2020};
+constexpr std::array ranges{ColorRange::Limited, ColorRange::Full};
+
+/// The Recommendations' formulas in real numbers: red, green and blue of a pixel.
+std::array<double, 3> exactRgb(Samples ycbcr, ColorMatrix matrix, ColorRange range)
+{
+    using Weights = std::pair<double, double>;
+    constexpr std::array weights{Weights{0.299, 0.114}, Weights{0.2126, 0.0722}, Weights{0.2627, 0.0593}};
+    const auto [red, blue] = weights[static_cast<std::size_t>(matrix)];
+    const bool full = range == ColorRange::Full;
+    const double y = full ? ycbcr[0] : (ycbcr[0] - 16) * 255.0 / 219;
+    const double cb = (ycbcr[1] - 128) * (full ? 1 : 255.0 / 224) * 2 * (1 - blue);
+    const double cr = (ycbcr[2] - 128) * (full ? 1 : 255.0 / 224) * 2 * (1 - red);
+    const double green = y - (red * cr + blue * cb) / (1 - red - blue);
+    return {std::clamp(y + cr, 0.0, 255.0), std::clamp(green, 0.0, 255.0), std::clamp(y + cb, 0.0, 255.0)};
+}
+
+/// Scattered samples; chroma is the same for the four pixels that share it in NV12.
+Samples scatteredYcbcr(int x, int y)
+{
+    return {scattered(x, y, 0), scattered(x / 2, y / 2, 1), scattered(x / 2, y / 2, 2)};
+}
+
+std::uint8_t redOfPlain(PixelFormat format, Samples samples)
+{
+    return averageRed(makeFrame(format, 6, 4, 0, [samples](int, int) { return samples; })).value();
+}
+
+} // namespace
+
+TEST_CASE("a pixel's colour is the Recommendation's to 0.53 of a step, green to 0.54")
+{
+    // All luma and red chroma in 256 × 256 pairs of pixels; blue chroma runs along, with other pairs a frame.
+    for (const int blueFactor : {1, 77}) {
+        const auto samples = [blueFactor](int x, int y) {
+            return Samples{static_cast<std::uint8_t>(y), static_cast<std::uint8_t>(x / 2 * blueFactor + y),
+                           static_cast<std::uint8_t>(x / 2)};
+        };
+        VideoFrame frame = makeFrame(PixelFormat::YUY2, 512, 256, 0, samples);
+        for (const ColorMatrix matrix : matrices) {
+            for (const ColorRange range : ranges) {
+                frame.matrix = matrix;
+                frame.range = range;
+                const PixelBuffer rgb = *convertToRgb(frame);
+                std::array<double, 3> worst{};
+                for (int i = 0; i < 256 * 256; ++i) {
+                    const auto exact = exactRgb(samples(i % 256 * 2, i / 256), matrix, range);
+                    for (std::size_t c = 0; c < 3; ++c)
+                        worst[c] = std::max(
+                            worst[c], std::abs(rgb.rgb[static_cast<std::size_t>(i) * 6 + c] - exact[c]));
+                }
+                CHECK(worst[0] < 0.53);
+                CHECK(worst[1] < 0.54);
+                CHECK(worst[2] < 0.53);
+            }
+        }
+    }
+}
+
+TEST_CASE("the mean is exact, and the same in every format, at odd sizes and with padded rows")
+{
+    struct Size {
+        int width, height, padding;
+    };
+    for (const Size size :
+         {Size{1, 1, 0}, Size{2, 2, 3}, Size{3, 5, 1}, Size{37, 18, 0}, Size{130, 71, 29}}) {
+        const int width = size.width;
+        const int height = size.height;
+        const int padding = size.padding;
+        for (const ColorMatrix matrix : matrices) {
+            for (const ColorRange range : ranges) {
+                CAPTURE(width);
+                CAPTURE(static_cast<int>(matrix));
+                CAPTURE(static_cast<int>(range));
+                double exact = 0;
+                for (int i = 0; i < width * height; ++i) {
+                    const Samples at = scatteredYcbcr(i % width, i / width);
+                    exact += exactRgb(at, matrix, range)[0] / (width * height);
+                }
+                VideoFrame first = makeFrame(PixelFormat::NV12, width, height, padding, scatteredYcbcr);
+                first.matrix = matrix;
+                first.range = range;
+                const auto red = averageRed(first);
+                const PixelBuffer rgb = *convertToRgb(first);
+                CHECK(std::abs(*red - exact) < (width > 100 ? 0.52 : 1.03));
+                for (const PixelFormat format : ycbcrFormats) {
+                    VideoFrame frame = makeFrame(format, width, height, padding, scatteredYcbcr);
+                    frame.matrix = matrix;
+                    frame.range = range;
+                    CHECK(averageRed(frame) == red);
+                    CHECK(convertToRgb(frame)->rgb == rgb.rgb);
+                }
+                for (const PixelFormat format : rgbFormats) {
+                    const VideoFrame frame = makeFrame(format, width, height, padding, [&rgb](int x, int y) {
+                        const auto pixel = rgb.row(y).subspan(3 * static_cast<std::size_t>(x), 3);
+                        return Samples{pixel[0], pixel[1], pixel[2]};
+                    });
+                    CHECK(averageRed(frame) == red);
+                    CHECK(convertToRgb(frame)->rgb == rgb.rgb);
+                }
+            }
+        }
+    }
+}
+
+TEST_CASE("only red counts, limited to what a pixel can show")
+{
+    CHECK(redOfPlain(PixelFormat::UYVY, {32, 240, 118}) ==
+          1); // the bars of BT.709: blue, to the samples' own step
+    CHECK(redOfPlain(PixelFormat::UYVY, {173, 42, 26}) == 0);    // green
+    CHECK(redOfPlain(PixelFormat::UYVY, {63, 102, 240}) == 255); // red
+    CHECK(redOfPlain(PixelFormat::UYVY, {235, 128, 128}) == 255);
+    CHECK(redOfPlain(PixelFormat::UYVY, {16, 128, 128}) == 0);
+    CHECK(redOfPlain(PixelFormat::GRAY8, {126, 0, 0}) == 128); // grey is luma without chroma
+    CHECK(redOfPlain(PixelFormat::RGB, {77, 255, 255}) == 77);
+
+    // Half far beyond white, half far below black: neither makes up for the other.
+    const auto halves = [](int x, int) { return x < 8 ? Samples{235, 128, 255} : Samples{16, 128, 0}; };
+    CHECK(averageRed(makeFrame(PixelFormat::YUY2, 16, 3, 0, halves)) == 128);
+}
+
+TEST_CASE("the sum of the largest frame does not overflow")
+{
+    const Bytes row(std::size_t{3} * 8192, 255);
+    VideoFrame frame{.format = PixelFormat::RGB, .width = 8192, .height = 8192};
+    frame.planes[0] = {row.data(), 0}; // the same row again and again
+    CHECK(averageRed(frame) == 255);
+}
+
+TEST_CASE("a frame without pixels has no red")
+{
+    CHECK_FALSE(averageRed(makeFrame(PixelFormat::NV12, 0, 4, 0, scatteredYcbcr)));
+    CHECK_FALSE(averageRed({}));
+    VideoFrame frame = makeFrame(PixelFormat::I420, 4, 4, 0, scatteredYcbcr);
+    frame.planes[2] = {};
+    CHECK_FALSE(averageRed(frame));
+    CHECK_FALSE(convertToRgb(frame));
+}
+
+TEST_CASE("a compressed frame is measured once it is decoded")
+{
+    const auto picture = [](int x, int) { return x < 20 ? Samples{200, 0, 90} : Samples{40, 250, 0}; };
+    const Bytes jpeg = encodeJpeg(makePicture(40, 30, picture), JpegKind::YcbcrFull);
+    VideoFrame frame{.format = PixelFormat::Jpeg, .width = 40, .height = 30};
+    frame.planes[0] = {jpeg.data(), static_cast<std::ptrdiff_t>(jpeg.size())};
+    CHECK(std::abs(averageRed(frame).value() - 120) <= 1);
+    CHECK(convertToRgb(frame)->width == 40);
+    for (const std::ptrdiff_t bytes : {0, 1, 300}) { // the last ends in the midst of the pixels
+        frame.planes[0].stride = bytes;
+        CHECK_FALSE(averageRed(frame));
+        CHECK_FALSE(convertToRgb(frame));
+    }
+}
