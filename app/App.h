@@ -12,6 +12,9 @@ namespace skyflare {
 /// Posted by every setter of App but that of savedPhoto; observers re-read the fields that they show.
 inline constexpr std::string_view settingsChanged = "SettingsChanged";
 
+/// The standard user defaults' file, in the folder of this user's settings.
+inline constexpr std::string_view standardUserDefaultsFile = "standard.plist";
+
 /// The app's settings: read once from the user defaults, from then on the working copy. Every assignment
 /// is written through, announced with "SettingsChanged" and printed, in this order.
 ///

@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 
 namespace skyflare {
@@ -73,6 +74,39 @@ std::string shortestDecimal(float number)
 std::string shortestDecimal(double number)
 {
     return shortest(number);
+}
+
+std::string quoted(std::string_view text)
+{
+    std::string result = "\"";
+    for (const char character : text) {
+        switch (character) {
+        case '"':
+            result += "\\\"";
+            break;
+        case '\\':
+            result += "\\\\";
+            break;
+        case '\n':
+            result += "\\n";
+            break;
+        case '\r':
+            result += "\\r";
+            break;
+        case '\t':
+            result += "\\t";
+            break;
+        default:
+            if (const auto code = static_cast<unsigned char>(character); code < 0x20 || code == 0x7f) {
+                std::array<char, 8> escape{};
+                std::snprintf(escape.data(), escape.size(), "\\u{%02X}", static_cast<unsigned>(code));
+                result += escape.data();
+            } else {
+                result += character;
+            }
+        }
+    }
+    return result + '"';
 }
 
 } // namespace skyflare

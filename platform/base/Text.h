@@ -13,4 +13,7 @@ std::string shortestDecimal(double number);
 /// `text` with U+FFFD in place of every byte that is no part of UTF-8, and of every NUL.
 std::string validUtf8(std::string_view text);
 
+/// The text in quotation marks as it would stand in source code, so that a line stays one line.
+std::string quoted(std::string_view text);
+
 } // namespace skyflare

@@ -12,9 +12,9 @@ namespace skyflare {
 /// A new, empty folder that goes, with all that is in it, when this ends.
 class TemporaryFolder {
 public:
-    TemporaryFolder()
+    explicit TemporaryFolder(const std::filesystem::path &in = std::filesystem::temp_directory_path())
     {
-        std::string name = (std::filesystem::temp_directory_path() / "skyflare-test-XXXXXX").string();
+        std::string name = (in / "skyflare-test-XXXXXX").string();
         if (!mkdtemp(name.data()))
             throw std::runtime_error("no temporary folder could be made: " + name);
         path_ = name;

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace skyflare {
+
+/// A program that a test runs: its standard output line by line, its standard error whole.
+class ChildProcess {
+public:
+    /// Aborts the test where the program cannot be started.
+    explicit ChildProcess(const std::vector<std::string> &command);
+    ChildProcess(const ChildProcess &) = delete;
+    ChildProcess &operator=(const ChildProcess &) = delete;
+    /// Kills what still runs.
+    ~ChildProcess();
+
+    /// The next line of standard output, waited for; nothing at its end.
+    std::optional<std::string> readLine();
+    std::vector<std::string> readAll();
+    /// Whether output, or its end, is there within that time.
+    [[nodiscard]] bool waitForOutput(std::chrono::nanoseconds atMost) const;
+
+    void signal(int number) const;
+    /// Ends it at once, whatever it is doing.
+    void kill();
+
+    /// Waits for the end. @return the exit status, or minus the signal that killed it
+    int wait();
+
+    /// All of standard error; call after wait().
+    [[nodiscard]] std::string errors() const;
+
+private:
+    pid_t pid_ = -1;
+    int output_ = -1;
+    int errors_ = -1; // a file without a name
+    std::string pending_;
+};
+
+/// Runs a program to its end. @return its exit status
+int runProgram(const std::vector<std::string> &command);
+
+} // namespace skyflare

@@ -1,0 +1,213 @@
+// A program that the tests of the photo store run, kill, and put onto disks with faults.
+//
+//     photo_saver save FOLDER      saves photos of 1 to 4 MB, prints the uuid of each once it is committed,
+//                                  and deletes all now and then, between the lines "deleting" and "deleted"
+//     photo_saver crash FOLDER N   does a little of everything, saying the same, and dies in the middle of
+//                                  its Nth change to a file; prints how many it made if it gets through
+//     photo_saver two FOLDER       saves two photos into FOLDER/store and ends
+//     photo_saver full FOLDER      goes to the limits of a small disk; FOLDER/filler takes up the rest of it
+//     photo_saver read-only FOLDER uses a store, FOLDER/store, that cannot be written
+#include "platform/base/AsioQueues.h"
+#include "tests/store/StoreFixture.h"
+
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+using namespace skyflare;
+
+namespace {
+
+void print(const std::string &line)
+{
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+void printConsole(StoreUser &user)
+{
+    for (const std::string &line : user.console.lines())
+        print(line);
+    user.console.clear();
+}
+
+/// How many photos there are, how many of them are whole, and what was announced.
+void printState(StoreUser &user)
+{
+    long whole = 0;
+    for (const PhotoModel &photo : user.photos.fetchImages(0))
+        whole += photo.image.pixels() ? 1 : 0;
+    print(std::to_string(user.photos.photoCount()) + " photos, " + std::to_string(whole) + " whole, " +
+          std::to_string(user.context().insertedObjects().size()) + " pending, " +
+          std::to_string(user.takePosts()) + " posts");
+}
+
+long changes = 0;
+long deadlyChange = 0;
+
+bool isDeadly()
+{
+    return ++changes == deadlyChange;
+}
+
+/// In the place of SQLite's own calls: the deadly one is left half done.
+ssize_t writeOrDie(int file, const void *bytes, std::size_t size, off_t offset)
+{
+    const bool dies = isDeadly();
+    const ssize_t written = pwrite(file, bytes, dies ? size / 2 : size, offset);
+    if (dies)
+        std::raise(SIGKILL);
+    return written;
+}
+
+int truncateOrDie(int file, off_t size)
+{
+    if (isDeadly())
+        std::raise(SIGKILL);
+    return ftruncate(file, size);
+}
+
+void countChanges()
+{
+    sqlite3_vfs *files = sqlite3_vfs_find(nullptr);
+    const auto put = [files](const char *name, auto *function) {
+        files->xSetSystemCall(files, name, reinterpret_cast<sqlite3_syscall_ptr>(function));
+    };
+    put("pwrite", &writeOrDie);
+    put("pwrite64", &writeOrDie);
+    put("ftruncate", &truncateOrDie);
+}
+
+std::string newestUuid(StoreUser &user)
+{
+    const auto rows =
+        user.context().executeFetchRequest({.entityName = photoEntityName,
+                                            .sortDescriptor = SortDescriptor{orderOfInsertion, false},
+                                            .fetchLimit = 1,
+                                            .includesPendingChanges = false});
+    return std::get<std::string>(rows->front()->valueForKey(photoKeys::uuid));
+}
+
+void deleteAll(StoreUser &user)
+{
+    print("deleting");
+    user.photos.deleteAllPhotos();
+    print("deleted");
+}
+
+void crash(const std::filesystem::path &folder, long atChange)
+{
+    using namespace std::chrono_literals;
+    deadlyChange = atChange;
+    countChanges();
+    VirtualTime time;
+    {
+        StoreUser user(folder, time.globalUserInitiated(), time);
+        for (const int kilobytes : {3, 100, 30, 60}) {
+            user.photos.saveImage(noise(1, kilobytes));
+            print(newestUuid(user));
+            if (kilobytes == 100) {
+                time.advance(10s);
+                deleteAll(user);
+            }
+        }
+        time.advance(10s);
+    }
+    print(std::to_string(changes));
+}
+
+void saveForEver(const std::filesystem::path &folder)
+{
+    AsioQueues queues;
+    const VirtualTime clock;
+    StoreUser user(folder, queues.globalUserInitiated(), clock, std::chrono::seconds(5));
+    std::vector<Image> images;
+    for (int megabytes = 1; megabytes <= 4; ++megabytes)
+        images.push_back(noise(1, megabytes * 1000));
+    for (std::size_t number = 1; true; ++number) {
+        user.photos.saveImage(images[number % images.size()]);
+        print(newestUuid(user));
+        if (number % 8 == 0)
+            deleteAll(user);
+    }
+}
+
+void fillDisk(const std::filesystem::path &folder)
+{
+    using namespace std::chrono_literals;
+    VirtualTime time;
+    StoreUser user(folder / "store", time.globalUserInitiated(), time);
+    user.photos.saveImage(noise(1, 2000));
+    printState(user);
+    const auto fillUp = [&] {
+        while (user.console.lines().empty())
+            user.photos.saveImage(noise(2, 2000));
+        user.takePosts();
+        printConsole(user);
+    };
+    fillUp();
+    print(std::to_string(user.context().insertedObjects().size()) + " pending");
+    std::filesystem::remove(folder / "filler");
+    user.photos.saveImage(noise(3, 100));
+    print(std::to_string(user.context().insertedObjects().size()) + " pending, " +
+          std::to_string(user.takePosts()) + " posts");
+
+    fillUp();
+    if (const auto deleted = user.context().executeBatchDelete(photoEntityName); !deleted)
+        print(deleted.error().description());
+    printState(user);
+    time.advance(10s);
+    user.photos.saveImage(noise(4, 100));
+    printConsole(user);
+    printState(user);
+}
+
+void saveTwo(const std::filesystem::path &folder)
+{
+    VirtualTime time;
+    StoreUser user(folder / "store", time.globalUserInitiated(), time, std::chrono::seconds(20));
+    if (!user.loaded)
+        print(user.loaded.error().description());
+    user.photos.saveImage(noise(1));
+    user.photos.saveImage(noise(2));
+    printConsole(user);
+}
+
+void useReadOnly(const std::filesystem::path &folder)
+{
+    VirtualTime time;
+    StoreUser user(folder / "store", time.globalUserInitiated(), time);
+    if (!user.loaded) {
+        print(user.loaded.error().description());
+        return;
+    }
+    printState(user);
+    user.photos.saveImage(noise(3));
+    user.photos.deletePhoto(user.photos.fetchImages(0).back().uuid);
+    user.photos.deleteAllPhotos();
+    printConsole(user);
+    printState(user);
+}
+
+} // namespace
+
+int main(int count, char **arguments)
+{
+    if (count < 3)
+        return 2;
+    const std::string mode = arguments[1];
+    if (mode == "save")
+        saveForEver(arguments[2]);
+    else if (mode == "crash" && count == 4)
+        crash(arguments[2], std::atol(arguments[3]));
+    else if (mode == "two")
+        saveTwo(arguments[2]);
+    else if (mode == "full")
+        fillDisk(arguments[2]);
+    else
+        useReadOnly(arguments[2]);
+}
