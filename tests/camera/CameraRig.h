@@ -1,0 +1,191 @@
+#pragma once
+
+#include "platform/base/AsioQueues.h"
+#include "platform/camera/GstCapture.h"
+#include "platform/image/AreaAverage.h"
+#include "tests/fakes/TemporaryFolder.h"
+
+#include <condition_variable>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace skyflare {
+
+constexpr std::chrono::seconds deadline{60};
+
+/// Events as they come; a test waits for one of them.
+struct EventLog {
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::vector<SessionEvent> events;
+
+    void add(const SessionEvent &event)
+    {
+        const std::scoped_lock lock(mutex);
+        events.push_back(event);
+        changed.notify_all();
+    }
+    bool waitFor(SessionEvent::Kind kind, std::size_t count = 1)
+    {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, deadline, [&] {
+            return std::size_t(std::count_if(events.begin(), events.end(),
+                                             [&](const auto &event) { return event.kind == kind; })) >= count;
+        });
+    }
+    SessionEvent at(std::size_t index)
+    {
+        const std::scoped_lock lock(mutex);
+        return index < events.size() ? events[index] : SessionEvent{};
+    }
+    std::size_t size()
+    {
+        const std::scoped_lock lock(mutex);
+        return events.size();
+    }
+};
+
+/// Notes each frame; `seen` may do more, on videoQueue.
+struct FrameLog final : SampleBufferDelegate {
+    std::vector<std::chrono::nanoseconds> times;
+    std::vector<int> reds;
+    VideoFrame last; ///< without its bytes
+    std::function<void(const VideoFrame &)> seen;
+
+    void didOutputSampleBuffer(const VideoFrame &frame) override
+    {
+        times.push_back(frame.streamTime);
+        reds.push_back(averageRed(frame).value_or(0));
+        last = frame;
+        last.owner.reset();
+        if (seen)
+            seen(frame);
+    }
+};
+
+/// Keeps the photo that comes.
+struct PhotoLog final : PhotoCaptureDelegate {
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::vector<CapturePhoto> photos;
+    std::string error;
+
+    void didFinishProcessingPhoto(const CapturePhoto &photo, const std::optional<Error> &why) override
+    {
+        const std::scoped_lock lock(mutex);
+        photos.push_back(photo);
+        error = why ? why->message : "";
+        changed.notify_all();
+    }
+    bool waitFor(std::size_t count)
+    {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, deadline, [&] { return photos.size() >= count; });
+    }
+};
+
+/// A camera made of GStreamer's own elements.
+struct TestCamera final : CameraSource {
+    using Passing = std::function<GstPadProbeReturn(GstPadProbeInfo *)>;
+
+    TestCamera(std::string elements, Pacing pace, Passing onPassing = {})
+        : description(std::move(elements)), paces(pace), passing(std::move(onPassing))
+    {
+    }
+    std::string description;
+    Pacing paces;
+    Passing passing; ///< sees each buffer and event that leaves the camera
+
+    [[nodiscard]] std::string localizedName() const override { return "Test camera"; }
+    [[nodiscard]] DevicePosition position() const override { return DevicePosition::Back; }
+    [[nodiscard]] std::vector<CaptureFormat> formats() const override { return {}; }
+    Result<> lockForConfiguration() override { return {}; }
+    void setFocusPointOfInterest(Point) override {}
+    void setFocusMode(FocusMode) override {}
+    void unlockForConfiguration() override {}
+    [[nodiscard]] Pacing pacing() const override { return paces; }
+    Result<Element> makeElement() const override
+    {
+        Element bin(gst_parse_bin_from_description(description.c_str(), TRUE, nullptr));
+        if (!bin)
+            return Error{"camera", 0, "no such elements: " + description};
+        gst_object_ref_sink(bin.get());
+        const Pad pad(gst_element_get_static_pad(bin.get(), "src"));
+        const auto probe = [](GstPad *, GstPadProbeInfo *info, gpointer self) {
+            const auto &onPassing = static_cast<const TestCamera *>(self)->passing;
+            return onPassing ? onPassing(info) : GST_PAD_PROBE_OK;
+        };
+        gst_pad_add_probe(pad.get(),
+                          GstPadProbeType(GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM),
+                          probe, const_cast<TestCamera *>(this), nullptr);
+        return bin;
+    }
+};
+
+/// A session on real queues, as a program sets it up.
+struct CameraRig {
+    explicit CameraRig(std::shared_ptr<CameraSource> source, FrameGate *gate = nullptr)
+        : camera(std::move(source)), capture(GstCapture::Services{queues, camera, gate})
+    {
+        makeSession();
+    }
+    ~CameraRig() { session.reset(); }
+
+    std::shared_ptr<EventLog> events = std::make_shared<EventLog>();
+    std::shared_ptr<FrameLog> frames = std::make_shared<FrameLog>();
+    AsioQueues queues;
+    std::shared_ptr<CameraSource> camera;
+    GstCapture capture;
+    std::shared_ptr<SerialQueue> videoQueue = queues.makeSerialQueue("videoQueue");
+    std::shared_ptr<CaptureSession> session;
+    std::shared_ptr<PhotoOutput> photoOutput;
+
+    void makeSession()
+    {
+        session = capture.makeSession();
+        session->addInput(*capture.makeDeviceInput(capture.defaultVideoDevice()));
+        auto video = std::make_shared<VideoDataOutput>();
+        video->setSampleBufferDelegate(frames, videoQueue);
+        session->addOutput(video);
+        photoOutput = capture.makePhotoOutput();
+        session->addOutput(photoOutput);
+        session->setEventHandler([log = events](const SessionEvent &event) { log->add(event); });
+    }
+    void start()
+    {
+        videoQueue->async([running = session] { running->startRunning(); });
+    }
+    bool runToEnd()
+    {
+        start();
+        return events->waitFor(SessionEvent::Kind::Stopped);
+    }
+};
+
+/// Films, made by ffmpeg in a folder of their own.
+struct Films {
+    TemporaryFolder folder;
+
+    std::filesystem::path make(const std::string &name, const std::string &options) const
+    {
+        const auto path = folder / name;
+        const std::string command = "ffmpeg -nostdin -v error -y " + options + " '" + path.string() + "'";
+        if (std::system(command.c_str()) != 0)
+            throw std::runtime_error("ffmpeg failed: " + command);
+        return path;
+    }
+    /// 2 s, 50 pictures, each a grey a little lighter than the one before; with reordered ones for H.264.
+    std::filesystem::path rising(const std::string &name,
+                                 const std::string &codec = "-c:v libx264 -bf 3") const
+    {
+        return make(name, "-f lavfi -i \"nullsrc=s=322x182:r=25:d=2,geq=lum='20+4*N':cb=128:cr=128\" "
+                          "-pix_fmt yuv420p " +
+                              codec);
+    }
+};
+
+} // namespace skyflare

@@ -1,0 +1,265 @@
+#include "platform/camera/FilmSource.h"
+#include "platform/image/Image.h"
+#include "tests/camera/CameraRig.h"
+
+#include <doctest/doctest.h>
+
+#include <future>
+
+namespace skyflare {
+
+namespace {
+
+using Kind = SessionEvent::Kind;
+using namespace std::chrono_literals;
+
+/// Does what a test wants once a frame has been delivered.
+struct TestGate final : FrameGate {
+    std::function<void()> delivered;
+    void willDeliver(std::chrono::nanoseconds) override {}
+    void didDeliver() override
+    {
+        if (delivered)
+            delivered();
+    }
+};
+
+/// A promise that several frames may keep.
+struct Signal {
+    std::promise<void> promise;
+    std::atomic<bool> isSet = false;
+    void set()
+    {
+        if (!isSet.exchange(true))
+            promise.set_value();
+    }
+};
+
+const std::string raw = "video/x-raw,format=NV12,width=320,height=240,framerate=30/1";
+const std::string liveCamera = "videotestsrc is-live=true ! " + raw;
+
+bool isEndOfStream(GstPadProbeInfo *info)
+{
+    return (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM) != 0 &&
+           GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_EOS;
+}
+
+} // namespace
+
+TEST_CASE("a stop in mid-film returns at once; the graph comes down when main has let it go")
+{
+    const Films films;
+    TestGate gate;
+    Signal frameIsOut;
+    std::promise<void> mainServes;
+    const auto served = mainServes.get_future().share();
+    gate.delivered = [&] {
+        frameIsOut.set();
+        served.wait();
+    };
+    CameraRig rig(std::make_shared<FilmSource>(films.rising("a.mp4"), Pacing::LockStep), &gate);
+    rig.start();
+    REQUIRE(frameIsOut.promise.get_future().wait_for(deadline) == std::future_status::ready);
+    rig.session->stopRunning();
+    CHECK_FALSE(rig.session->isRunning());
+    SUBCASE("soon")
+    {
+        mainServes.set_value();
+        REQUIRE(rig.events->waitFor(Kind::Stopped));
+        CHECK(rig.events->at(1).message.empty());
+    }
+    SUBCASE("never: after a while it is left behind, which is said")
+    {
+        REQUIRE(rig.events->waitFor(Kind::Stopped));
+        CHECK(rig.events->at(1).message == "a.mp4 does not stop; it is left behind");
+        mainServes.set_value();
+    }
+    SUBCASE("or the session is let go of as well")
+    {
+        rig.session.reset();
+        mainServes.set_value();
+        REQUIRE(rig.events->waitFor(Kind::Stopped));
+    }
+    CHECK(rig.events->size() == 2);
+    CHECK(rig.frames->times.size() == 1);
+}
+
+TEST_CASE("in lock-step a photo is the frame that asked for it")
+{
+    const Films films;
+    TestGate gate;
+    CameraRig rig(std::make_shared<FilmSource>(films.rising("a.mp4"), Pacing::LockStep), &gate);
+    gate.delivered = [&] { rig.queues.drainGlobal(); };
+    const auto photos = std::make_shared<PhotoLog>();
+    rig.frames->seen = [&](const VideoFrame &frame) {
+        // Each is there before the next frame.
+        CHECK(photos->photos.size() == (frame.streamTime > 800ms ? 2 : frame.streamTime > 400ms ? 1 : 0));
+        if (frame.streamTime == 400ms || frame.streamTime == 800ms)
+            rig.queues.globalUserInitiated().async([&] { rig.photoOutput->capturePhoto({}, photos); });
+    };
+    REQUIRE(rig.runToEnd());
+    REQUIRE(photos->photos.size() == 2);
+    for (const std::size_t index : {0U, 1U}) {
+        const auto image = Image::fromData(Bytes(*photos->photos[index].fileDataRepresentation()));
+        REQUIRE(image);
+        CHECK(image->width() == 322);
+        const PixelBuffer mean = reduced(*image->pixels(), 1, 1);
+        CHECK(mean.rgb[0] == rig.frames->reds[10 + 10 * index]);
+    }
+    rig.photoOutput->capturePhoto({}, photos);
+    REQUIRE(photos->photos.size() == 3);
+    CHECK_FALSE(photos->photos[2].fileDataRepresentation());
+    CHECK(photos->error == "a.mp4 gives no more pictures");
+}
+
+TEST_CASE("in lock-step a fault is told after the pictures that were read before it")
+{
+    CameraRig rig(std::make_shared<TestCamera>("videotestsrc ! " + raw + " ! identity error-after=16 ! queue",
+                                               Pacing::LockStep));
+    rig.frames->seen = [](const VideoFrame &frame) { CHECK(encodePng(*convertToRgb(frame))); }; // slowly
+    REQUIRE(rig.runToEnd());
+    CHECK(rig.frames->times.size() == 15);
+    CHECK(rig.events->at(1).message == "Test camera: Failed after iterations as requested (at 0.5 s)");
+}
+
+TEST_CASE("in real time late frames are dropped, and each is counted")
+{
+    Signal through;
+    const auto isThrough = through.promise.get_future().share();
+    CameraRig rig(std::make_shared<TestCamera>("videotestsrc num-buffers=40 ! " + raw, Pacing::RealTime,
+                                               [&](GstPadProbeInfo *info) {
+                                                   if (isEndOfStream(info))
+                                                       through.set();
+                                                   return GST_PAD_PROBE_OK;
+                                               }));
+    rig.frames->seen = [&](const VideoFrame &) { isThrough.wait(); };
+    REQUIRE(rig.runToEnd());
+    CHECK(rig.events->at(1).kind == Kind::Ended);
+    CHECK(rig.session->frameStatistics().delivered == 2);
+    CHECK(rig.session->frameStatistics().dropped == 38);
+    CHECK(rig.frames->times == std::vector<std::chrono::nanoseconds>{0ns, 1300ms});
+}
+
+TEST_CASE("a live camera's photo is the next whole frame, a compressed one byte for byte")
+{
+    std::vector<Bytes> given;
+    std::mutex mutex;
+    const auto note = [&](GstPadProbeInfo *info) {
+        if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) != 0) {
+            GstBuffer *buffer = GST_PAD_PROBE_INFO_BUFFER(info);
+            Bytes bytes(gst_buffer_get_size(buffer));
+            gst_buffer_extract(buffer, 0, bytes.data(), bytes.size());
+            const std::scoped_lock lock(mutex);
+            given.push_back(std::move(bytes));
+        }
+        return GST_PAD_PROBE_OK;
+    };
+    const auto photos = std::make_shared<PhotoLog>();
+    CameraRig rig(std::make_shared<TestCamera>(
+        "videotestsrc is-live=true pattern=ball ! " + raw + " ! videoconvert ! jpegenc", Pacing::Live, note));
+    rig.photoOutput->capturePhoto({}, photos);
+    CHECK(photos->error == "the camera is not running");
+    rig.start();
+    REQUIRE(rig.events->waitFor(Kind::Started));
+    std::size_t before = 0;
+    {
+        const std::scoped_lock lock(mutex);
+        before = given.size();
+    }
+    for (int count = 0; count < 5; ++count)
+        rig.photoOutput->capturePhoto({}, photos);
+    REQUIRE(photos->waitFor(6));
+    rig.session->stopRunning();
+    REQUIRE(rig.events->waitFor(Kind::Stopped));
+    for (std::size_t index = 1; index < 6; ++index) {
+        const auto found =
+            std::find(given.begin(), given.end(), *photos->photos[index].fileDataRepresentation());
+        CHECK(found - given.begin() >= std::ptrdiff_t(before) - 1);
+        CHECK(found != given.end());
+    }
+}
+
+TEST_CASE("a live camera that falls silent, ends or breaks is lost; one that never speaks has failed")
+{
+    struct Row {
+        const char *how;
+        std::string elements;
+        int framesGiven;
+        Kind ending;
+        const char *message;
+    };
+    static const Row rows[] = {
+        {"silent", liveCamera, 3, Kind::Lost, "Test camera gives no more pictures"},
+        {"ends", "videotestsrc is-live=true num-buffers=3 ! " + raw, 99, Kind::Lost,
+         "Test camera gives no more pictures"},
+        {"breaks", liveCamera + " ! identity error-after=3", 99, Kind::Lost,
+         "Test camera: Failed after iterations as requested"},
+        {"never speaks", liveCamera, 0, Kind::Failed, "Test camera gives no pictures"},
+        {"is absent", "v4l2src device=/dev/video-none ! " + raw, 0, Kind::Failed,
+         "Test camera: it is not there"},
+    };
+    for (const Row &row : rows) {
+        CAPTURE(row.how);
+        int left = row.framesGiven;
+        const auto passing = [&](GstPadProbeInfo *info) {
+            const bool isFrame = (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) != 0;
+            return isFrame && left-- <= 0 ? GST_PAD_PROBE_DROP : GST_PAD_PROBE_OK;
+        };
+        CameraRig rig(std::make_shared<TestCamera>(row.elements, Pacing::Live, passing));
+        REQUIRE(rig.runToEnd());
+        const SessionEvent ending = rig.events->at(rig.events->size() - 2);
+        CHECK(ending.kind == row.ending);
+        CHECK(ending.message.substr(0, std::string(row.message).size()) == row.message);
+    }
+}
+
+TEST_CASE("a session starts and stops as often as one likes, and may be let go of while it runs")
+{
+    CameraRig rig(std::make_shared<TestCamera>(liveCamera, Pacing::Live));
+    for (std::size_t count = 1; count <= 10; ++count) {
+        rig.start();
+        REQUIRE(rig.events->waitFor(Kind::Started, count));
+        CHECK(rig.session->isRunning());
+        if (count > 5) { // another session each time, as a new run of the program's makes it
+            rig.makeSession();
+        } else {
+            rig.session->stopRunning();
+        }
+        REQUIRE(rig.events->waitFor(Kind::Stopped, count));
+    }
+    CHECK(rig.events->size() == 20);
+
+    rig.makeSession();
+    rig.session->stopRunning(); // before the start that is on its way has come to videoQueue
+    rig.start();
+    REQUIRE(rig.events->waitFor(Kind::Stopped, 11));
+    CHECK(rig.events->size() == 21);
+    CHECK_FALSE(rig.session->isRunning());
+}
+
+TEST_CASE("a session without a camera, and a device that is none, are refused clearly")
+{
+    struct Stranger final : CaptureDevice {
+        [[nodiscard]] std::string localizedName() const override { return "Stranger"; }
+        [[nodiscard]] DevicePosition position() const override { return DevicePosition::Back; }
+        [[nodiscard]] std::vector<CaptureFormat> formats() const override { return {}; }
+        Result<> lockForConfiguration() override { return {}; }
+        void setFocusPointOfInterest(Point) override {}
+        void setFocusMode(FocusMode) override {}
+        void unlockForConfiguration() override {}
+    };
+    AsioQueues queues;
+    GstCapture capture({queues, nullptr});
+    CHECK_FALSE(capture.defaultDevice(DeviceType::BuiltInWideAngleCamera, DevicePosition::Back));
+    const auto input = capture.makeDeviceInput(std::make_shared<Stranger>());
+    REQUIRE_FALSE(input);
+    CHECK(input.error().message == "Stranger is not a camera that can be read here");
+    const auto session = capture.makeSession();
+    const auto events = std::make_shared<EventLog>();
+    session->setEventHandler([events](const SessionEvent &event) { events->add(event); });
+    session->startRunning();
+    REQUIRE(events->waitFor(Kind::Stopped));
+    CHECK(events->at(0).message == "there is no camera");
+}
+
+} // namespace skyflare
