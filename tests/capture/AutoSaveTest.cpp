@@ -1,0 +1,65 @@
+#include "capture/AutoSave.h"
+
+#include "tests/capture/CaptureFixture.h"
+
+#include <doctest/doctest.h>
+
+using namespace skyflare;
+
+namespace {
+
+/// Answers when the test says so.
+struct FakePhotoLibrary final : PhotoLibrary {
+    std::vector<std::function<void(AuthorizationStatus)>> asked;
+    std::vector<double> assetDates;
+    LibraryChange change{true, std::nullopt};
+
+    void requestAuthorization(std::function<void(AuthorizationStatus)> completion) override
+    {
+        asked.push_back(std::move(completion));
+    }
+    void createAsset(const Image & /*image*/, double creationDate,
+                     std::function<void(const LibraryChange &)> completion) override
+    {
+        assetDates.push_back(creationDate);
+        completion(change);
+    }
+};
+
+} // namespace
+
+TEST_CASE("a photo goes to the photo library when auto-save is on and access is given")
+{
+    CaptureFixture capture;
+    FakePhotoLibrary library;
+    LogManager log(capture.time, capture.console);
+    AutoSave autoSave({library, capture.console, capture.app, log});
+    const Image photo = *Image::fromData(onePixelPng());
+    int permissionsMissed = 0;
+    const auto handOver = [&] { autoSave.handOver(photo, 1234.5, [&] { ++permissionsMissed; }); };
+
+    handOver();
+    CHECK(library.asked.empty());
+    CHECK(capture.console.lines().empty());
+
+    capture.app.setAutoSave(true);
+    capture.console.clear();
+    handOver();
+    REQUIRE(library.asked.size() == 1);
+    REQUIRE(capture.console.lines().size() == 1); // logged before the answer
+    CHECK(capture.console.lines()[0].starts_with("Logged event: photo_auto_saved with parameters: "));
+    capture.console.clear();
+
+    // One answer after the other, as for as many photos.
+    library.asked[0](AuthorizationStatus::Denied);
+    library.asked[0](AuthorizationStatus::Limited);
+    CHECK(permissionsMissed == 2);
+    CHECK(library.assetDates.empty());
+    library.asked[0](AuthorizationStatus::Authorized);
+    library.change = {false, Error{"library", 28, "no space left on the device"}};
+    library.asked[0](AuthorizationStatus::Authorized);
+    CHECK(permissionsMissed == 2);
+    CHECK(library.assetDates == std::vector<double>{1234.5, 1234.5});
+    CHECK(capture.console.lines() == Lines{"Fotoğraf başarıyla galeriye kaydedildi.",
+                                           "Fotoğraf galeriye kaydedilemedi: no space left on the device"});
+}

@@ -1,0 +1,72 @@
+#include "logging/LogManager.h"
+
+#include "logging/Timestamp.h"
+#include "tests/fakes/RecordingConsole.h"
+#include "tests/fakes/VirtualTime.h"
+
+#include <doctest/doctest.h>
+#include <unicode/locid.h>
+
+#include <cstdlib>
+
+using namespace skyflare;
+
+namespace {
+
+/// Where the device is, for as long as this lives.
+struct TravelTo {
+    explicit TravelTo(const char *zone)
+    {
+        setenv("TZ", zone, 1);
+        UErrorCode status = U_ZERO_ERROR;
+        icu::Locale::setDefault(icu::Locale("en_US"), status);
+    }
+    TravelTo(const TravelTo &) = delete;
+    TravelTo &operator=(const TravelTo &) = delete;
+    ~TravelTo() { unsetenv("TZ"); }
+};
+
+} // namespace
+
+TEST_CASE("an event is stamped with the date, time and offset of where the device is now")
+{
+    struct Row {
+        const char *zone;
+        const char *expected;
+    };
+    const Row rows[] = {{"Europe/Berlin", "2025-07-04 21:15:02 GMT+02:00"},
+                        {"UTC", "2025-07-04 19:15:02 GMT"},
+                        {"Asia/Kolkata", "2025-07-05 00:45:02 GMT+05:30"},
+                        {"America/St_Johns", "2025-07-04 16:45:02 GMT-02:30"}};
+    for (const Row &row : rows) {
+        CAPTURE(row.zone);
+        const TravelTo there(row.zone);
+        CHECK(localTimestamp(1'751'656'502.9) == row.expected);
+    }
+    CHECK(isoTimestamp(1'751'656'502.9) == "2025-07-04T19:15:02Z");
+    CHECK(isoTimestamp(-0.5) == "1969-12-31T23:59:59Z");
+}
+
+TEST_CASE("an event is echoed with its name and its parameters, each in its own form")
+{
+    const TravelTo utc("UTC");
+    const VirtualTime time;
+    RecordingConsole console;
+    LogManager log(time, console);
+
+    log.logEvent(LogEvent::StartCapture);
+    log.logEvent(LogEvent::CatchPhoto, {{"difference", 0.42F}, {"totalPhotos", std::int64_t{7}}});
+    log.logEvent(LogEvent::ButtonTapped, {{"timestamp", "mine"}, {"buttonName", "a \"b\"\\\n\x01 ğ"}});
+
+    CHECK(console.lines() ==
+          std::vector<std::string>{
+              R"(Logged event: start_capture with parameters: ["timestamp": "2023-11-14 22:13:20 GMT"])",
+              R"(Logged event: catch_photo with parameters: ["difference": 0.42, )"
+              R"("timestamp": "2023-11-14 22:13:20 GMT", "totalPhotos": 7])",
+              R"(Logged event: button_tapped with parameters: )"
+              R"(["buttonName": "a \"b\"\\\n\u{01} ğ", "timestamp": "mine"])"});
+    CHECK(eventName(LogEvent::StopCapture) == "stop_capture");
+    CHECK(eventName(LogEvent::PhotoSaved) == "photo_saved");
+    CHECK(eventName(LogEvent::PhotoAutoSaved) == "photo_auto_saved");
+    CHECK(eventName(LogEvent::AttemptToSavePhoto) == "attempt_to_save_photo");
+}
