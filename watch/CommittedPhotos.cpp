@@ -1,0 +1,45 @@
+#include "watch/CommittedPhotos.h"
+
+#include "store/PhotoEntity.h"
+
+#include <algorithm>
+#include <ranges>
+
+namespace skyflare {
+
+CommittedPhotos::CommittedPhotos(ManagedObjectContext &context) : context_(context)
+{
+    const auto newest = newestRows(1);
+    lastRow_ = newest.empty() ? 0 : newest.front()->objectID().value_or(0);
+}
+
+std::vector<std::shared_ptr<ManagedObject>> CommittedPhotos::newestRows(int limit)
+{
+    auto rows =
+        context_.executeFetchRequest({.entityName = photoEntityName,
+                                      .sortDescriptor = SortDescriptor{std::string(orderOfInsertion), false},
+                                      .fetchLimit = limit,
+                                      .includesPendingChanges = false});
+    return rows ? std::move(*rows) : std::vector<std::shared_ptr<ManagedObject>>{};
+}
+
+std::vector<PhotoModel> CommittedPhotos::takeNew()
+{
+    // A save that failed is made up for by a later one, so that several may be new at once.
+    constexpr int usualLimit = 4;
+    auto rows = newestRows(usualLimit);
+    for (int limit = usualLimit; std::ssize(rows) == limit && rows.back()->objectID() > lastRow_;)
+        rows = newestRows(limit *= 4);
+
+    std::vector<PhotoModel> photos;
+    for (const auto &row : rows | std::views::reverse) {
+        if (row->objectID() <= lastRow_)
+            continue;
+        lastRow_ = *row->objectID();
+        if (auto photo = photoModel(*row))
+            photos.push_back(std::move(*photo));
+    }
+    return photos;
+}
+
+} // namespace skyflare

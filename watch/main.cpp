@@ -1,0 +1,251 @@
+#include "app/App.h"
+#include "platform/base/AsioQueues.h"
+#include "platform/base/MainLoop.h"
+#include "platform/camera/FilmSource.h"
+#include "platform/camera/GstCapture.h"
+#include "platform/camera/SimulatedSkySource.h"
+#include "platform/linux/PicturesLibrary.h"
+#include "platform/linux/SystemClock.h"
+#include "platform/linux/TerminationSignals.h"
+#include "platform/linux/UserDirectories.h"
+#include "watch/FilmTime.h"
+#include "watch/JsonReport.h"
+#include "watch/Options.h"
+#include "watch/TextReport.h"
+#include "watch/WatchRun.h"
+#include "watch/WatchStore.h"
+
+#include <unistd.h>
+
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <memory>
+#include <span>
+
+namespace skyflare {
+namespace {
+
+constexpr int done = 0;
+constexpr int sourceFailed = 1;
+constexpr int wrongUsage = 2;
+
+int complain(int status, const std::string &message)
+{
+    std::fprintf(stderr, "skyflare-watch: %s\n", message.c_str());
+    return status;
+}
+
+/// With --json standard output belongs to the objects; with --quiet there is no commentary.
+WatchConsole::Streams streamsFor(const Options &options)
+{
+    const bool showsProgress = isatty(STDERR_FILENO) != 0 && !options.quiet && !options.json;
+    std::FILE *const commentary = options.json ? stderr : stdout;
+    return {.lines = options.quiet ? nullptr : commentary,
+            .answers = commentary,
+            .reports = stderr,
+            .progress = showsProgress ? stderr : nullptr};
+}
+
+std::unique_ptr<WatchReport> reportFor(const Options &options, WatchConsole &console, const Clock &clock)
+{
+    if (options.json)
+        return std::make_unique<JsonReport>(stdout);
+    return std::make_unique<TextReport>(console, clock,
+                                        options.film ? TextReport::Source::Film : TextReport::Source::Camera);
+}
+
+/// The camera of that name; "auto" takes the best there is.
+Result<std::shared_ptr<CameraSource>> cameraNamed(const std::string &name, Console &console)
+{
+    if (name == "auto") {
+        console.printLine("No camera was found: this is the simulated sky.");
+        return cameraNamed("simulated", console);
+    }
+    if (!name.starts_with("simulated"))
+        return Error{.domain = "camera",
+                     .message = "no camera is named \"" + name + "\"; --list-cameras shows what there is"};
+    auto sky = SimulatedSkySource::parse(name);
+    if (!sky)
+        return sky.error();
+    return std::shared_ptr<CameraSource>(std::move(*sky));
+}
+
+/// One run: what it is made of, in the order in which the parts need each other.
+class Program {
+public:
+    explicit Program(const Options &options);
+
+    int run();
+
+private:
+    const Options &options_;
+    const UserDirectories directories_;
+    SystemClock clock_;
+    WatchConsole console_;
+    MainLoop loop_;
+    TerminationSignals signals_; // before there is any other thread
+    AsioQueues queues_;
+    NotificationCenter notificationCenter_;
+    UserDefaults defaults_;
+    WatchStore store_;
+    std::unique_ptr<WatchReport> report_;
+    std::shared_ptr<WatchRun> run_;
+
+    int watch(std::shared_ptr<CameraSource> camera, std::unique_ptr<FramesCsv> csv, PhotoExport *photoExport);
+    void applyLevels(CaptureManager &manager) const;
+    void stop();
+};
+
+Program::Program(const Options &options)
+    : options_(options),
+      directories_(options.dataFolder ? UserDirectories::under(*options.dataFolder)
+                                      : UserDirectories::standard()),
+      console_(streamsFor(options)),
+      signals_([this] { loop_.async([this] { stop(); }); }),
+      defaults_(directories_.config / standardUserDefaultsFile, console_),
+      store_(directories_.data, queues_, console_),
+      report_(reportFor(options, console_, clock_))
+{
+    App::setSharedServices({defaults_, notificationCenter_, console_});
+}
+
+void Program::stop()
+{
+    if (run_)
+        run_->stop();
+}
+
+int Program::run()
+{
+    auto camera =
+        options_.film
+            ? std::shared_ptr<CameraSource>(std::make_shared<FilmSource>(*options_.film, Pacing::LockStep))
+            : cameraNamed(options_.camera, console_);
+    if (!camera)
+        return complain(sourceFailed, camera.error().message);
+    if (const auto loaded = store_.load(); !loaded)
+        return complain(sourceFailed, unresolvedError(loaded.error()));
+
+    std::unique_ptr<FramesCsv> csv;
+    if (options_.framesCsv) {
+        auto opened = FramesCsv::open(*options_.framesCsv);
+        if (!opened)
+            return complain(sourceFailed, opened.error().message);
+        csv = std::move(*opened);
+    }
+    std::unique_ptr<PhotoExport> photoExport;
+    if (options_.exportFolder) {
+        auto opened = PhotoExport::into(*options_.exportFolder, queues_, console_);
+        if (!opened)
+            return complain(sourceFailed, opened.error().message);
+        photoExport = std::move(*opened);
+    }
+    const int status = watch(std::move(*camera), std::move(csv), photoExport.get());
+    if (photoExport && !options_.quiet)
+        console_.printAnswer("The photos are in " + photoExport->folder().string());
+    return status;
+}
+
+int Program::watch(std::shared_ptr<CameraSource> camera, std::unique_ptr<FramesCsv> csv,
+                   PhotoExport *photoExport)
+{
+    const bool isFilm = camera->pacing() == Pacing::LockStep;
+    FilmTime filmTime(
+        loop_, [this] { queues_.drainGlobal(); }, clock_.secondsSince1970());
+    const Clock &clock = isFilm ? static_cast<const Clock &>(filmTime) : clock_;
+    SerialQueue &mainQueue = isFilm ? filmTime.queue() : static_cast<SerialQueue &>(loop_);
+
+    GstCapture framework(
+        {.queues = queues_, .camera = std::move(camera), .gate = isFilm ? &filmTime : nullptr});
+    const PhotoDataManager photos({store_, notificationCenter_, clock, console_});
+    FrameTally tally(clock, std::move(csv));
+    LogManager logManager(clock, console_);
+    PicturesLibrary library(directories_.pictures, queues_.globalUserInitiated());
+    AutoSave autoSave({library, console_, App::shared(), logManager});
+    CommittedPhotos committedPhotos(store_.persistentContainer().viewContext());
+
+    const std::chrono::duration<double> armAfter(options_.armAfterSeconds);
+    auto manager = CaptureManager::make(
+        {.mainQueue = mainQueue,
+         .queues = queues_,
+         .framework = framework,
+         .clock = clock,
+         .console = console_,
+         .app = App::shared(),
+         .photoDataManager = photos,
+         .frameMeasured = [&tally](const FrameMeasurement &measured) { tally.didMeasure(measured); },
+         .armingDelay = std::chrono::duration_cast<std::chrono::nanoseconds>(armAfter)});
+    applyLevels(*manager);
+
+    run_ = std::make_shared<WatchRun>(
+        WatchRun::Services{.captureManager = manager,
+                           .mainQueue = mainQueue,
+                           .queues = queues_,
+                           .drainStills = [this] { queues_.drainGlobal(); },
+                           .clock = clock,
+                           .realClock = clock_,
+                           .console = console_,
+                           .report = *report_,
+                           .photoDataManager = photos,
+                           .committedPhotos = committedPhotos,
+                           .tally = tally,
+                           .logManager = logManager,
+                           .autoSave = autoSave,
+                           .photoExport = photoExport,
+                           .finished = [this] { queues_.closeThen([this] { loop_.quit(); }); }},
+        WatchRun::Limits{options_.durationSeconds, options_.photos});
+    run_->start();
+    loop_.run();
+
+    const int status = run_->failed() ? sourceFailed : done;
+    run_.reset();
+    return status;
+}
+
+/// For this run alone; the stored settings stay as they are.
+void Program::applyLevels(CaptureManager &manager) const
+{
+    if (options_.sensitivity)
+        manager.setBrightnessThreshold(brightnessThreshold(*options_.sensitivity));
+    if (options_.frequency)
+        manager.setCaptureInterval(captureInterval(*options_.frequency));
+}
+
+int listCameras(const Options &options)
+{
+    const SimulatedSkySource sky;
+    for (const CaptureFormat &format : sky.formats()) {
+        if (options.json)
+            JsonReport(stdout).camera(sky, format);
+        else
+            std::printf("%s  %s  %d x %d  %g frames a second\n", sky.localizedName().c_str(),
+                        nameOf(sky.position()).data(), format.width, format.height, format.framesPerSecond);
+    }
+    return done;
+}
+
+int start(std::span<const char *const> arguments)
+{
+    const auto options = parseOptions(arguments);
+    if (!options)
+        return complain(wrongUsage, options.error().message);
+    if (options->help)
+        return std::fputs(usage().c_str(), stdout) < 0 ? sourceFailed : done;
+    if (options->version)
+        return std::puts("skyflare-watch " SKYFLARE_VERSION) < 0 ? sourceFailed : done;
+    if (options->listCameras)
+        return listCameras(*options);
+    return Program(*options).run();
+}
+
+} // namespace
+} // namespace skyflare
+
+int main(int argc, char **argv)
+{
+    std::setlocale(LC_CTYPE, ""); // what the terminal can show; numbers keep their point
+    std::signal(SIGPIPE, SIG_IGN);
+    return skyflare::start(
+        std::span<const char *const>(argv + 1, static_cast<std::size_t>(argc > 0 ? argc - 1 : 0)));
+}
