@@ -16,14 +16,14 @@ constexpr milliseconds pauseBetweenPieces{4}; // for the writers that wait
 constexpr milliseconds pauseWhenBusy{200};
 constexpr milliseconds leftoversDelay{5000};
 constexpr int busyTimesLimit = 100; // then the next wake() tries again
-constexpr std::int64_t pieceBytes = 8 << 20;
+constexpr std::int64_t pieceBytes = 16 << 20;
 constexpr std::int64_t incrementalVacuum = 2; // as the pragma auto_vacuum numbers it
 constexpr int pieceRows = 512;
 // A piece's pages fit into memory: spilled before the commit, pages that it cuts off would go to the log.
 constexpr const char *keeperSql = "PRAGMA synchronous = NORMAL; PRAGMA secure_delete = OFF;"
                                   "PRAGMA wal_autocheckpoint = 4096; PRAGMA cache_size = -16384;"
                                   "PRAGMA cache_spill = OFF;";
-constexpr const char *pieceVacuumSql = "PRAGMA incremental_vacuum(512)";
+constexpr const char *pieceVacuumSql = "PRAGMA incremental_vacuum(1024)";
 
 } // namespace
 

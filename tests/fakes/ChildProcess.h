@@ -23,7 +23,7 @@ public:
     std::optional<std::string> readLine();
     std::vector<std::string> readAll();
     /// Whether output, or its end, is there within that time.
-    [[nodiscard]] bool waitForOutput(std::chrono::nanoseconds atMost) const;
+    bool waitForOutput(std::chrono::nanoseconds atMost) const;
 
     void signal(int number) const;
     /// Ends it at once, whatever it is doing.

@@ -1,6 +1,6 @@
 #include "platform/base/Files.h"
 #include "platform/persistence/Transaction.h"
-#include "tests/store/ChildProcess.h"
+#include "tests/fakes/ChildProcess.h"
 #include "tests/store/StoreFixture.h"
 
 #include <doctest/doctest.h>
