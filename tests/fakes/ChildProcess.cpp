@@ -19,6 +19,7 @@ ChildProcess::ChildProcess(const std::vector<std::string> &command)
     if (pipe2(pipeEnds, O_CLOEXEC) != 0 || errors_ < 0)
         std::abort();
     std::vector<char *> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string &argument : command)
         arguments.push_back(const_cast<char *>(argument.c_str()));
     arguments.push_back(nullptr);

@@ -272,13 +272,16 @@ TEST_CASE("on a full disk nothing is lost, and delete-all makes room")
 
 TEST_CASE("a store that cannot be written shows its photos and says what it cannot do")
 {
-    for (const std::string script :
-         {"mount -o remount,ro \"$1\"", // the whole disk; or the file alone
-          "f=\"$1/store/Storage.sqlite\"; mount --bind \"$f\" \"$f\"; mount -o remount,bind,ro \"$f\""}) {
-        CAPTURE(script);
+    for (const std::string what : {"store", "store/Storage.sqlite"}) {
+        CAPTURE(what);
         const TemporaryFolder folder;
-        const auto lines = runWithOwnDisks("mount -t tmpfs none \"$1\"\n\"$2\" two \"$1\"\n" + script +
-                                               "\nexec \"$2\" read-only \"$1\"\n",
+        const auto lines = runWithOwnDisks("what=\"$1/" + what +
+                                               "\"\n"
+                                               "mount -t tmpfs none \"$1\"\n"
+                                               "\"$2\" two \"$1\"\n"
+                                               "mount --bind \"$what\" \"$what\"\n"
+                                               "mount -o remount,bind,ro \"$what\"\n"
+                                               "exec \"$2\" read-only \"$1\"\n",
                                            folder.path());
         if (lines)
             CHECK(*lines ==
