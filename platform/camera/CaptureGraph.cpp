@@ -14,7 +14,7 @@ namespace {
 constexpr const char *nativeFormats =
     "video/x-raw, format = (string) { NV12, I420, YUY2, UYVY, RGBx, BGRx, RGB, GRAY8 }; image/jpeg";
 
-/// Frames may have padded rows: without saying so, a decoder that pads them copies each one.
+/// Rows may be padded: unless told so, a camera or a decoder whose rows are copies each frame.
 GstPadProbeReturn answerAllocation(GstPad *, GstPadProbeInfo *info, gpointer)
 {
     GstQuery *query = GST_PAD_PROBE_INFO_QUERY(info);

@@ -42,11 +42,19 @@ bool contains(const std::string &text, const std::string &part)
 TEST_CASE("lock-step gives every picture of a film once, in order, at its film time")
 {
     const Films films;
-    for (const auto &[name, codec] :
-         {std::pair{"a.mp4", "-c:v libx264 -bf 3"}, std::pair{"a.mkv", "-c:v libx264 -bf 3"},
-          std::pair{"a.ts", "-c:v libx264 -bf 3"}, std::pair{"a.avi", "-c:v mpeg4"}}) {
-        CAPTURE(name);
-        FilmRun run(films.rising(name, codec));
+    struct Row {
+        std::string name;
+        const char *codec;
+    };
+    static const Row rows[] = {
+        {"a.mp4", "-c:v libx264 -bf 3"},
+        {"a.mkv", "-c:v libx264 -bf 3"},
+        {"a.ts", "-c:v libx264 -bf 3"},
+        {"a.avi", "-c:v mpeg4"},
+    };
+    for (const auto &row : rows) {
+        CAPTURE(row.name);
+        FilmRun run(films.rising(row.name, row.codec));
         CHECK(run.ending.kind == Kind::Ended);
         const FrameLog &frames = *run.rig.frames;
         REQUIRE(frames.times.size() == 50);
@@ -60,7 +68,7 @@ TEST_CASE("lock-step gives every picture of a film once, in order, at its film t
         CHECK(run.rig.session->frameStatistics().dropped == 0);
         const SessionEvent started = run.rig.events->at(0);
         CHECK(started.kind == Kind::Started);
-        CHECK(started.device == name);
+        CHECK(started.device == row.name);
         CHECK(started.format.width == 322);
         CHECK(started.format.height == 182);
         CHECK(started.format.framesPerSecond == doctest::Approx(25));
