@@ -3,7 +3,6 @@
 #include "store/PhotoEntity.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace skyflare {
 
@@ -32,7 +31,8 @@ std::vector<PhotoModel> CommittedPhotos::takeNew()
         rows = newestRows(limit *= 4);
 
     std::vector<PhotoModel> photos;
-    for (const auto &row : rows | std::views::reverse) {
+    std::ranges::reverse(rows);
+    for (const auto &row : rows) {
         if (row->objectID() <= lastRow_)
             continue;
         lastRow_ = *row->objectID();

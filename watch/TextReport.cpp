@@ -3,6 +3,7 @@
 #include <langinfo.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdarg>
 #include <cstring>
 
@@ -77,7 +78,7 @@ void TextReport::lightPower(double brightness, std::chrono::nanoseconds streamTi
 
 std::string TextReport::bar(double brightness) const
 {
-    const auto lit = static_cast<int>(std::clamp(brightness, 0.0, 1.0) * barCells + 0.5);
+    const long lit = std::lround(std::clamp(brightness, 0.0, 1.0) * barCells);
     std::string cells;
     for (int cell = 0; cell < barCells; ++cell)
         cells += cell < lit ? (unicode_ ? "█" : "#") : (unicode_ ? "░" : "-");

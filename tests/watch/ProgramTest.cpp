@@ -101,10 +101,8 @@ TEST_CASE("a film gives the same photos whatever else the machine does")
     };
 
     const Outcome alone = watch("1");
-    std::vector<std::unique_ptr<ChildProcess>> load;
-    for (int i = 0; i < 3; ++i)
-        load.push_back(
-            std::make_unique<ChildProcess>(std::vector<std::string>{"sh", "-c", "while :; do :; done"}));
+    const std::vector<std::string> burn{"sh", "-c", "while :; do :; done"};
+    const ChildProcess load[] = {ChildProcess(burn), ChildProcess(burn), ChildProcess(burn)};
     const Outcome loaded = watch("2");
 
     REQUIRE(alone.photos.size() == 3);

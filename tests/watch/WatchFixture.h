@@ -26,7 +26,7 @@ struct WatchFixture {
     /// `bright`, an expression of ffmpeg's over the frame number N, is 1. @return its path
     [[nodiscard]] std::string film(const std::string &name, int frames, const std::string &bright) const
     {
-        const std::string path = (folder / name).string();
+        std::string path = (folder / name).string();
         const int status =
             runProgram({"ffmpeg",    "-v",
                         "error",     "-y",
