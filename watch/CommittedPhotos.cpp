@@ -42,4 +42,16 @@ std::vector<PhotoModel> CommittedPhotos::takeNew()
     return photos;
 }
 
+Result<> CommittedPhotos::storeWhatWaits()
+{
+    const auto saved = context_.save();
+    if (saved)
+        return {};
+    const auto waiting = context_.insertedObjects().size();
+    return Error{.domain = saved.error().domain,
+                 .code = saved.error().code,
+                 .message = std::to_string(waiting) + (waiting == 1 ? " photo" : " photos") +
+                            " could not be stored: " + saved.error().message};
+}
+
 } // namespace skyflare

@@ -22,6 +22,10 @@ public:
     /// could not be saved yet are not among them.
     std::vector<PhotoModel> takeNew();
 
+    /// Tries once more to save what could not be saved before. The error says how many photos are lost
+    /// with the program's end, and why.
+    Result<> storeWhatWaits();
+
 private:
     ManagedObjectContext &context_;
     std::int64_t lastRow_ = 0;

@@ -12,6 +12,7 @@ void WatchRun::start()
     services_.captureManager->start();
     const auto session = services_.captureManager->captureSession();
     if (!session || session->outputs().empty()) {
+        stopping_ = true; // there is nothing to stop
         fail("the camera cannot be used");
         return finish();
     }
@@ -117,12 +118,21 @@ void WatchRun::drainThenFinish()
         const auto onMain = [self] { self->services_.mainQueue.async([self] { self->finish(); }); };
         // What the stills have handed to main runs before what is handed to it from here on.
         self->services_.mainQueue.async([self, onMain] {
+            self->storeWhatWaits();
             if (self->services_.photoExport)
                 self->services_.photoExport->finish(onMain);
             else
                 onMain();
         });
     });
+}
+
+void WatchRun::storeWhatWaits()
+{
+    const auto stored = services_.committedPhotos.storeWhatWaits();
+    announceNewPhotos(0);
+    if (!stored)
+        fail(stored.error().message);
 }
 
 void WatchRun::finish()

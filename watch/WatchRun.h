@@ -71,6 +71,7 @@ private:
     void announceNewPhotos(float difference);
     void fail(const std::string &message);
     void drainThenFinish();
+    void storeWhatWaits();
     void finish();
 };
 

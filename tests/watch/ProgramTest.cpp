@@ -234,6 +234,30 @@ TEST_CASE("Ctrl-C ends a run in order, and options change no stored setting")
     CHECK(before.find("alreadyLaunched") == std::string::npos);
 }
 
+TEST_CASE("on a full disk no photo is reported that is not stored, and the loss is said")
+{
+    const WatchFixture fixture;
+    if (ChildProcess({"unshare", "-rm", "true"}).wait() != 0) {
+        MESSAGE("NOT TESTED: this machine does not let us mount a disk of our own (unshare -rm)");
+        return;
+    }
+    const std::string film = fixture.film("busy.mp4", 300, "eq(mod(N,7),3)");
+    std::filesystem::create_directory(fixture.folder / "disk");
+    ChildProcess process(
+        {"unshare", "-rm", "sh", "-ec",
+         "mount -t tmpfs -o size=300k none \"$1\"; mkdir \"$1/data\"\n"
+         "\"$2\" --data-dir \"$1\" \"$3\" --json --quiet --frequency 5 --sensitivity high && exit 9\n"
+         "sqlite3 \"$1/data/Storage.sqlite\" 'SELECT \"{\"\"type\"\":\"\"stored\"\"}\" FROM PhotoEntity'",
+         "sh", (fixture.folder / "disk").string(), SKYFLARE_WATCH, film});
+    const auto lines = process.readAll();
+    CHECK(process.wait() == 0);
+    const auto photos = objectsOfType(lines, "photo").size();
+    CHECK(photos > 0);
+    CHECK(photos == objectsOfType(lines, "stored").size());
+    CHECK(objectsOfType(lines, "summary").at(0).at("triggers") > photos);
+    CHECK(process.errors().find("photos could not be stored: database or disk is full") != std::string::npos);
+}
+
 TEST_CASE("a photo whose line was printed is there, whole, however the program was killed")
 {
     const WatchFixture fixture;
