@@ -66,8 +66,7 @@ public:
     {
         filter(firstRow, endRow);
         deflate(endRow == pixels_.height);
-        return {deflated_, isal_adler32(1, filtered_.data(), filtered_.size()),
-                filtered_.size()};
+        return {deflated_, isal_adler32(1, filtered_.data(), filtered_.size()), filtered_.size()};
     }
 
 private:
