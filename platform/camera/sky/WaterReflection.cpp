@@ -110,7 +110,7 @@ void WaterReflection::drawRow(const Plane &plane, const Row &row) const
     const int amplitude = static_cast<int>(row.amplitude) / plane.scale;
     // Waves are wide enough for two pixels to look the same way.
     for (int x = 0; x < plane.width; x += 2, column += step) {
-        const int wave = row.waves[(column >> 16U) & (side - 1)];
+        const std::int8_t wave = row.waves[(column >> 16U) & (side - 1)];
         const int from = std::clamp((source + wave * amplitude) >> 7, 0, plane.lastRow);
         const std::uint8_t *const pair = plane.top + from * plane.stride + x;
         mirrored[static_cast<std::size_t>(x)] = pair[0];
