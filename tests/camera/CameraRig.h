@@ -172,7 +172,7 @@ struct Films {
 
     std::filesystem::path make(const std::string &name, const std::string &options) const
     {
-        const auto path = folder / name;
+        auto path = folder / name;
         const std::string command = "ffmpeg -nostdin -v error -y " + options + " '" + path.string() + "'";
         if (std::system(command.c_str()) != 0)
             throw std::runtime_error("ffmpeg failed: " + command);

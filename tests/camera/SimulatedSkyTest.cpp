@@ -41,6 +41,7 @@ TEST_CASE("a frame follows from the parameters and its number alone")
     // The last one is three days on.
     const std::vector<std::int64_t> numbers{0, 1, 2, 40, 41, 300, 7'776'000};
     std::vector<VideoFrame> expected;
+    expected.reserve(numbers.size());
     for (const std::int64_t number : numbers)
         expected.push_back(forwards.frame(number));
     for (std::size_t i = numbers.size(); i-- > 0;) {

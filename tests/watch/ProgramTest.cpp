@@ -119,9 +119,9 @@ TEST_CASE("at High every burst of the simulated sky is caught and nothing else")
 {
     const WatchFixture fixture;
     const auto csv = fixture.folder / "frames.csv";
-    ChildProcess process(
-        fixture.command({"--camera", "simulated:320x180@30,seed=5", "--sensitivity", "high", "--arm-after",
-                         "0", "--duration", "9", "--json", "--frames-csv", csv.string()}));
+    ChildProcess process(fixture.command({"--camera", "simulated:320x180@30,seed=5", "--sensitivity", "high",
+                                          "--frequency", "5", "--arm-after", "0", "--duration", "9", "--json",
+                                          "--frames-csv", csv.string()}));
     const auto lines = process.readAll();
     CAPTURE(process.errors());
     REQUIRE(process.wait() == 0);
@@ -243,12 +243,12 @@ TEST_CASE("on a full disk no photo is reported that is not stored, and the loss 
     }
     const std::string film = fixture.film("busy.mp4", 300, "eq(mod(N,7),3)");
     std::filesystem::create_directory(fixture.folder / "disk");
-    ChildProcess process(
-        {"unshare", "-rm", "sh", "-ec",
-         "mount -t tmpfs -o size=300k none \"$1\"; mkdir \"$1/data\"\n"
-         "\"$2\" --data-dir \"$1\" \"$3\" --json --quiet --frequency 5 --sensitivity high && exit 9\n"
-         "sqlite3 \"$1/data/Storage.sqlite\" 'SELECT \"{\"\"type\"\":\"\"stored\"\"}\" FROM PhotoEntity'",
-         "sh", (fixture.folder / "disk").string(), SKYFLARE_WATCH, film});
+    const std::string script = R"(
+        mount -t tmpfs -o size=300k none "$1"; mkdir "$1/data"
+        "$2" --data-dir "$1" "$3" --json --quiet --frequency 5 --sensitivity high && exit 9
+        sqlite3 "$1/data/Storage.sqlite" "SELECT '{\"type\":\"stored\"}' FROM PhotoEntity")";
+    ChildProcess process({"unshare", "-rm", "sh", "-ec", script, "sh", (fixture.folder / "disk").string(),
+                          SKYFLARE_WATCH, film});
     const auto lines = process.readAll();
     CHECK(process.wait() == 0);
     const auto photos = objectsOfType(lines, "photo").size();
