@@ -55,9 +55,11 @@ GstClockTime timeOf(std::int64_t number, const GstVideoInfo &info)
                                  static_cast<guint64>(info.fps_n));
 }
 
-/// Leaves out the frames whose time is over.
+/// Leaves out the frames whose time is over; never the first, which is where the film time of a run begins.
 void skipWhatIsLate(GstElement *element, SkyState &state)
 {
+    if (state.next == 0)
+        return;
     const GstClockTime now = runningTime(element);
     if (!GST_CLOCK_TIME_IS_VALID(now) || now <= timeOf(state.next + 1, state.info))
         return;

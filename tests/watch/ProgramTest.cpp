@@ -126,19 +126,27 @@ TEST_CASE("at High every burst of the simulated sky is caught and nothing else")
     CAPTURE(process.errors());
     REQUIRE(process.wait() == 0);
 
-    std::vector<double> caught;
-    for (const CsvRow &row : csvRows(csv)) {
-        CHECK(row.triggered == row.captured);
-        if (row.triggered)
-            caught.push_back(row.seconds);
-    }
     const SimulatedSky sky({.width = 320, .height = 180, .framesPerSecond = 30, .seed = 5});
-    const auto bursts = sky.burstTimes(caught.empty() ? 9 : caught.back() + 0.001);
-    CHECK(caught.size() >= 5);
-    REQUIRE(caught.size() == bursts.size());
-    for (std::size_t i = 0; i < bursts.size(); ++i) // a late frame may have been dropped
-        CHECK(caught[i] == doctest::Approx(bursts[i]).epsilon(0.05));
-    CHECK(objectsOfType(lines, "photo").size() == caught.size());
+    const auto rows = csvRows(csv);
+    REQUIRE(rows.size() > 10);
+    const auto bursts = sky.burstTimes(rows.back().seconds + 0.001);
+    std::size_t judged = 0;
+    std::size_t captured = 0;
+    for (std::size_t i = 1; i < rows.size(); ++i) {
+        const double before = rows[i - 1].seconds + 1e-5; // the table's times are cut to microseconds
+        const double now = rows[i].seconds + 1e-5;
+        CHECK(rows[i].triggered == rows[i].captured);
+        captured += rows[i].captured ? 1 : 0;
+        if (now - before > 0.1)
+            continue; // a busy machine dropped frames: what it skipped, the sky makes no promise about
+        CAPTURE(now);
+        const bool isBurst =
+            std::ranges::any_of(bursts, [&](double burst) { return before < burst && burst <= now; });
+        CHECK(rows[i].captured == isBurst);
+        judged += isBurst ? 1 : 0;
+    }
+    CHECK(judged >= 3); // of 6 or 7
+    CHECK(objectsOfType(lines, "photo").size() == captured);
 }
 
 TEST_CASE("what is no whole film gives one clear line and status 1")
