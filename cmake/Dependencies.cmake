@@ -9,6 +9,7 @@ find_package(nlohmann_json REQUIRED)
 
 pkg_check_modules(plist REQUIRED IMPORTED_TARGET libplist-2.0)
 pkg_check_modules(spng REQUIRED IMPORTED_TARGET spng)
+pkg_check_modules(hwy REQUIRED IMPORTED_TARGET libhwy)
 pkg_check_modules(isal REQUIRED IMPORTED_TARGET libisal)
 pkg_check_modules(exiv2 REQUIRED IMPORTED_TARGET exiv2)
 pkg_check_modules(glib REQUIRED IMPORTED_TARGET gio-2.0)

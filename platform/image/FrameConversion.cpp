@@ -1,7 +1,9 @@
 #include "platform/image/FrameConversion.h"
 
 #include "platform/image/JpegDecoder.h"
-#include "platform/image/YcbcrConversion.h"
+#include "platform/image/RgbRow.h"
+
+#include <algorithm>
 
 namespace skyflare {
 namespace {
@@ -11,68 +13,75 @@ Error noPicture()
     return {"frame", 0, "the frame holds no picture"};
 }
 
-template <YcbcrLayout layout>
-void convertRow(const YcbcrRow &row, std::size_t width, const YcbcrConversion &conversion, std::uint8_t *rgb)
+const std::uint8_t *convertYcbcr(const VideoFrame &frame, const YcbcrConversion &conversion, int y,
+                                 std::span<std::uint8_t> rgb)
 {
-    const YcbcrConversion k = conversion; // a copy, which no pointer can alias
-    const auto put = [rgb](std::size_t x, int luma, int red, int green, int blue) {
-        rgb[3 * x] = static_cast<std::uint8_t>(YcbcrConversion::channel(luma + red));
-        rgb[3 * x + 1] = static_cast<std::uint8_t>(YcbcrConversion::channel(luma + green));
-        rgb[3 * x + 2] = static_cast<std::uint8_t>(YcbcrConversion::channel(luma + blue));
-    };
-    for (std::size_t x = 0; x < width; x += 2) {
-        const int cb = row.cb[x / 2 * layout.chromaStep];
-        const int cr = row.cr[x / 2 * layout.chromaStep];
-        const int red = YcbcrConversion::chromaTerm(cr, k.redPerCr);
-        const int green =
-            YcbcrConversion::chromaTerm(cb, k.greenPerCb) + YcbcrConversion::chromaTerm(cr, k.greenPerCr);
-        const int blue = YcbcrConversion::chromaTerm(cb, k.bluePerCb);
-        put(x, k.lumaTerm(row.y[x * layout.lumaStep]), red, green, blue);
-        if (x + 1 < width)
-            put(x + 1, k.lumaTerm(row.y[(x + 1) * layout.lumaStep]), red, green, blue);
+    convertYcbcrRow(frame, conversion, y, rgb);
+    return rgb.data();
+}
+
+const std::uint8_t *rowOf(const VideoFrame &frame, int y)
+{
+    return frame.planes[0].data + frame.planes[0].stride * y;
+}
+
+template <std::size_t red, std::size_t blue> const std::uint8_t *
+pickRgb(const VideoFrame &frame, const YcbcrConversion & /*none*/, int y, std::span<std::uint8_t> rgb)
+{
+    const std::uint8_t *from = rowOf(frame, y);
+    for (std::size_t i = 0; i + 2 < rgb.size(); i += 3, from += 4) {
+        rgb[i] = from[red];
+        rgb[i + 1] = from[1];
+        rgb[i + 2] = from[blue];
     }
+    return rgb.data();
 }
 
-template <typename RowFunction> PixelBuffer overRows(const VideoFrame &frame, RowFunction rowFunction)
+const std::uint8_t *rgbAsItIs(const VideoFrame &frame, const YcbcrConversion & /*none*/, int y,
+                              std::span<std::uint8_t> /*rgb*/)
 {
-    PixelBuffer pixels = PixelBuffer::ofSize(frame.width, frame.height);
-    for (int y = 0; y < frame.height; ++y)
-        rowFunction(y, pixels.row(y));
-    return pixels;
+    return rowOf(frame, y);
 }
 
-template <YcbcrLayout layout> Result<PixelBuffer> convertYcbcr(const VideoFrame &frame)
+const std::uint8_t *convertGray(const VideoFrame &frame, const YcbcrConversion &conversion, int y,
+                                std::span<std::uint8_t> rgb)
 {
-    if (!frame.planes[layout.cbPlane].data || !frame.planes[layout.crPlane].data)
-        return noPicture();
-    const YcbcrConversion conversion = ycbcrConversion(frame.matrix, frame.range);
-    return overRows(frame, [&](int y, std::span<std::uint8_t> rgb) {
-        convertRow<layout>(ycbcrRow<layout>(frame, y), rgb.size() / 3, conversion, rgb.data());
-    });
+    const YcbcrConversion k = conversion;
+    const std::uint8_t *from = rowOf(frame, y);
+    for (std::size_t i = 0; i + 2 < rgb.size(); i += 3, ++from)
+        rgb[i] = rgb[i + 1] = rgb[i + 2] =
+            static_cast<std::uint8_t>(YcbcrConversion::channel(k.lumaTerm(*from)));
+    return rgb.data();
 }
 
-template <std::size_t step>
-PixelBuffer pickRgb(const VideoFrame &frame, std::size_t red, std::size_t green, std::size_t blue)
-{
-    return overRows(frame, [&](int y, std::span<std::uint8_t> rgb) {
-        const std::uint8_t *from = frame.planes[0].data + frame.planes[0].stride * y;
-        for (std::size_t i = 0; i + 2 < rgb.size(); i += 3, from += step) {
-            rgb[i] = from[red];
-            rgb[i + 1] = from[green];
-            rgb[i + 2] = from[blue];
-        }
-    });
-}
+struct FormatRow {
+    FrameRows::Converter converter = nullptr;
+    int planes = 1; ///< that must be there
+};
 
-PixelBuffer convertGray(const VideoFrame &frame)
+FormatRow formatRow(PixelFormat format)
 {
-    const YcbcrConversion k = ycbcrConversion(frame.matrix, frame.range);
-    return overRows(frame, [&](int y, std::span<std::uint8_t> rgb) {
-        const std::uint8_t *from = frame.planes[0].data + frame.planes[0].stride * y;
-        for (std::size_t i = 0; i + 2 < rgb.size(); i += 3, ++from)
-            rgb[i] = rgb[i + 1] = rgb[i + 2] =
-                static_cast<std::uint8_t>(YcbcrConversion::channel(k.lumaTerm(*from)));
-    });
+    switch (format) {
+    case PixelFormat::NV12:
+        return {&convertYcbcr, 2};
+    case PixelFormat::I420:
+        return {&convertYcbcr, 3};
+    case PixelFormat::YUY2:
+    case PixelFormat::UYVY:
+        return {&convertYcbcr};
+    case PixelFormat::RGBx:
+        return {&pickRgb<0, 2>};
+    case PixelFormat::BGRx:
+        return {&pickRgb<2, 0>};
+    case PixelFormat::RGB:
+        return {&rgbAsItIs};
+    case PixelFormat::GRAY8:
+        return {&convertGray};
+    case PixelFormat::Jpeg:
+    case PixelFormat::Unknown:
+        break;
+    }
+    return {};
 }
 
 Result<PixelBuffer> decodeJpeg(const VideoFrame &frame)
@@ -86,33 +95,37 @@ Result<PixelBuffer> decodeJpeg(const VideoFrame &frame)
 
 } // namespace
 
+Result<FrameRows> FrameRows::of(const VideoFrame &frame)
+{
+    const FormatRow format = formatRow(frame.format);
+    if (!frame.hasImageBuffer() || !format.converter)
+        return noPicture();
+    for (std::size_t plane = 0; plane < static_cast<std::size_t>(format.planes); ++plane) {
+        if (!frame.planes[plane].data)
+            return noPicture();
+    }
+    return FrameRows(frame, format.converter);
+}
+
+FrameRows::FrameRows(const VideoFrame &frame, Converter converter)
+    : frame_(&frame), converter_(converter), conversion_(ycbcrConversion(frame.matrix, frame.range))
+{
+}
+
 Result<PixelBuffer> convertToRgb(const VideoFrame &frame)
 {
-    if (!frame.hasImageBuffer())
-        return noPicture();
-    switch (frame.format) {
-    case PixelFormat::NV12:
-        return convertYcbcr<nv12Layout>(frame);
-    case PixelFormat::I420:
-        return convertYcbcr<i420Layout>(frame);
-    case PixelFormat::YUY2:
-        return convertYcbcr<yuy2Layout>(frame);
-    case PixelFormat::UYVY:
-        return convertYcbcr<uyvyLayout>(frame);
-    case PixelFormat::RGBx:
-        return pickRgb<4>(frame, 0, 1, 2);
-    case PixelFormat::BGRx:
-        return pickRgb<4>(frame, 2, 1, 0);
-    case PixelFormat::RGB:
-        return pickRgb<3>(frame, 0, 1, 2);
-    case PixelFormat::GRAY8:
-        return convertGray(frame);
-    case PixelFormat::Jpeg:
+    if (frame.format == PixelFormat::Jpeg && frame.hasImageBuffer())
         return decodeJpeg(frame);
-    case PixelFormat::Unknown:
-        break;
+    const auto rows = FrameRows::of(frame);
+    if (!rows)
+        return rows.error();
+    PixelBuffer pixels = PixelBuffer::ofSize(frame.width, frame.height);
+    for (int y = 0; y < frame.height; ++y) {
+        const auto into = pixels.row(y);
+        if (const std::uint8_t *row = rows->row(y, into); row != into.data())
+            std::copy_n(row, into.size(), into.begin());
     }
-    return noPicture();
+    return pixels;
 }
 
 } // namespace skyflare

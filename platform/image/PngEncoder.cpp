@@ -1,155 +1,187 @@
 #include "platform/image/PngEncoder.h"
 
-#include <isa-l/crc.h>
-#include <isa-l/igzip_lib.h>
+#include "platform/image/FrameConversion.h"
+#include "platform/image/PngChunk.h"
+
+#include <system_error>
 #include <zlib.h>
 
 #include <algorithm>
 #include <array>
+#include <mutex>
 #include <string_view>
+#include <thread>
 
 namespace skyflare {
 namespace {
 
 constexpr std::array<std::uint8_t, 8> signature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 constexpr std::array<std::uint8_t, 2> zlibHeader{0x78, 0x01}; // RFC 1950: deflate, 32 KiB, quickest
-constexpr std::uint8_t averageFilter = 3;
+constexpr std::array<std::uint8_t, 2> lastBlock{0x03, 0x00};  // RFC 1951: the fixed code, nothing but its end
 
 /// How much of the picture is compressed at a time: enough that joints cost nothing, few enough that the
 /// bytes stay in the processor's cache from the filter to the checksum.
 constexpr std::size_t stripBytes = std::size_t{256} << 10;
 
-void appendBigEndian(Bytes &to, std::uint32_t number)
+/// A chunk that holds a row must be shorter than 2 GiB.
+constexpr std::size_t widestRowBytes = std::size_t{1} << 30;
+
+/// Fewer than these are done before a thread has come up.
+constexpr std::size_t stripsWorthAThread = 4;
+
+void appendChunk(Bytes &png, std::string_view type, std::span<const std::uint8_t> data)
 {
-    for (int shift = 24; shift >= 0; shift -= 8)
-        to.push_back(static_cast<std::uint8_t>(number >> shift));
+    const std::size_t start = png.size();
+    png.resize(start + pngChunkFrame + data.size());
+    std::uint8_t *const end = std::copy(data.begin(), data.end(), pngChunkData(png.data() + start));
+    endPngChunk(png.data() + start, type, end);
 }
 
-void appendChunk(Bytes &to, std::string_view type, std::span<const std::uint8_t> data)
+void appendHeader(Bytes &png, const PictureRows &rows)
 {
-    appendBigEndian(to, static_cast<std::uint32_t>(data.size()));
-    const std::size_t start = to.size();
-    to.insert(to.end(), type.begin(), type.end());
-    to.insert(to.end(), data.begin(), data.end());
-    appendBigEndian(to, crc32_gzip_refl(0, to.data() + start, to.size() - start));
-}
-
-/// Each byte less the mean of the one left of it and the one above, rounded down.
-void filterRow(std::span<const std::uint8_t> row, std::span<const std::uint8_t> above, std::uint8_t *into)
-{
-    constexpr std::size_t pixelBytes = 3;
-    for (std::size_t i = 0; i < pixelBytes; ++i)
-        into[i] = static_cast<std::uint8_t>(row[i] - above[i] / 2);
-    const std::uint8_t *left = row.data();
-    const std::uint8_t *current = row.data() + pixelBytes;
-    const std::uint8_t *up = above.data() + pixelBytes;
-    std::uint8_t *out = into + pixelBytes;
-    for (std::size_t i = 0; i < row.size() - pixelBytes; ++i)
-        out[i] = static_cast<std::uint8_t>(current[i] - ((left[i] + up[i]) >> 1));
-}
-
-/// Filters and compresses strips of a picture, each for itself, so that several of these may share a
-/// picture's strips. Its buffers are used again for every strip.
-///
-/// Threads: one at a time. Borrows the pixels.
-class StripCompressor {
-public:
-    explicit StripCompressor(const PixelBuffer &pixels) : pixels_(pixels), black_(pixels.rowBytes()) {}
-
-    /// A strip as raw deflate data (RFC 1951) that ends at a byte's end, so that strips can be joined.
-    struct Strip {
-        std::span<const std::uint8_t> deflated; ///< until the next call
-        std::uint32_t adler = 0;                ///< Adler-32 of the filtered bytes
-        std::size_t filteredBytes = 0;
-    };
-    Strip compress(int firstRow, int endRow)
-    {
-        filter(firstRow, endRow);
-        deflate(endRow == pixels_.height);
-        return {deflated_, isal_adler32(1, filtered_.data(), filtered_.size()), filtered_.size()};
-    }
-
-private:
-    const PixelBuffer &pixels_;
-    const Bytes black_; ///< what lies above the first row
-    Bytes filtered_;
-    Bytes deflated_;
-    Bytes levelBuffer_ = Bytes(ISAL_DEF_LVL1_DEFAULT);
-    isal_zstream stream_{};
-
-    void filter(int firstRow, int endRow)
-    {
-        filtered_.resize(static_cast<std::size_t>(endRow - firstRow) * (pixels_.rowBytes() + 1));
-        std::uint8_t *into = filtered_.data();
-        for (int y = firstRow; y < endRow; ++y) {
-            *into++ = averageFilter;
-            filterRow(pixels_.row(y), y == 0 ? std::span(black_) : pixels_.row(y - 1), into);
-            into += pixels_.rowBytes();
-        }
-    }
-
-    void deflate(bool last)
-    {
-        isal_deflate_init(&stream_);
-        stream_.level = 1;
-        stream_.level_buf = levelBuffer_.data();
-        stream_.level_buf_size = static_cast<std::uint32_t>(levelBuffer_.size());
-        stream_.flush = SYNC_FLUSH;
-        stream_.end_of_stream = last ? 1 : 0;
-        stream_.next_in = filtered_.data();
-        stream_.avail_in = static_cast<std::uint32_t>(filtered_.size());
-        deflated_.resize(filtered_.size() + filtered_.size() / 8 + 1024);
-        do { // once, unless the strip grows by more than that
-            if (stream_.total_out == deflated_.size())
-                deflated_.resize(2 * deflated_.size());
-            stream_.next_out = deflated_.data() + stream_.total_out;
-            stream_.avail_out = static_cast<std::uint32_t>(deflated_.size() - stream_.total_out);
-            isal_deflate(&stream_);
-        } while (stream_.avail_out == 0);
-        deflated_.resize(stream_.total_out);
-    }
-};
-
-void appendHeader(Bytes &png, const PixelBuffer &pixels)
-{
-    constexpr std::array<std::uint8_t, 5> rgb8{8, 2, 0, 0, 0}; // depth, colours; the usual methods; in order
-    Bytes header;
-    appendBigEndian(header, static_cast<std::uint32_t>(pixels.width));
-    appendBigEndian(header, static_cast<std::uint32_t>(pixels.height));
-    header.insert(header.end(), rgb8.begin(), rgb8.end());
+    // Width, height; depth, colours; the usual methods; in order.
+    std::array<std::uint8_t, 13> header{0, 0, 0, 0, 0, 0, 0, 0, 8, 2, 0, 0, 0};
+    putBigEndian(putBigEndian(header.data(), static_cast<std::uint32_t>(rows.width())),
+                 static_cast<std::uint32_t>(rows.height()));
     png.insert(png.end(), signature.begin(), signature.end());
     appendChunk(png, "IHDR", header);
 }
 
-void appendPixels(Bytes &png, const PixelBuffer &pixels)
-{
-    const auto rowsAStrip = static_cast<int>(std::max(std::size_t{1}, stripBytes / pixels.rowBytes()));
-    StripCompressor compressor(pixels);
-    uLong adler = 1;
-    appendChunk(png, "IDAT", zlibHeader);
-    for (int first = 0; first < pixels.height; first += rowsAStrip) {
-        const auto strip = compressor.compress(first, std::min(first + rowsAStrip, pixels.height));
-        appendChunk(png, "IDAT", strip.deflated);
-        adler = adler32_combine(adler, strip.adler, static_cast<z_off_t>(strip.filteredBytes));
+/// The encoders that nobody uses at the moment; as many are kept as stills are usually under way.
+class IdleEncoders {
+public:
+    std::unique_ptr<PngEncoder> take()
+    {
+        const std::scoped_lock lock(mutex_);
+        if (idle_.empty())
+            return std::make_unique<PngEncoder>();
+        auto encoder = std::move(idle_.back());
+        idle_.pop_back();
+        return encoder;
     }
-    Bytes trailer;
-    appendBigEndian(trailer, static_cast<std::uint32_t>(adler));
-    appendChunk(png, "IDAT", trailer);
+    void giveBack(std::unique_ptr<PngEncoder> encoder)
+    {
+        const std::scoped_lock lock(mutex_);
+        if (idle_.size() < mostIdle)
+            idle_.push_back(std::move(encoder));
+    }
+
+private:
+    static constexpr std::size_t mostIdle = 2;
+
+    std::mutex mutex_;
+    std::vector<std::unique_ptr<PngEncoder>> idle_;
+};
+
+Result<Bytes> encodeRows(const PictureRows &rows)
+{
+    static IdleEncoders idle;
+    auto encoder = idle.take();
+    Bytes png;
+    const auto encoded = encoder->encode(rows, png);
+    idle.giveBack(std::move(encoder));
+    if (!encoded)
+        return encoded.error();
+    return png;
 }
 
 } // namespace
 
+Result<> PngEncoder::encode(const PictureRows &rows, Bytes &png)
+{
+    if (rows.width() < 1 || rows.height() < 1)
+        return Error{"PNG", 0, "the picture has no pixels"};
+    if (rows.rowBytes() > widestRowBytes)
+        return Error{"PNG", 0, "the picture is too wide"};
+    try {
+        prepare(rows);
+        encodeStrips(rows);
+        join(rows, png);
+    } catch (const std::bad_alloc &) {
+        png.clear();
+        return Error{"PNG", 0, "there is no memory to encode the picture"};
+    }
+    return {};
+}
+
+/// All memory is got here, before there is a second thread that could fail to get it.
+void PngEncoder::prepare(const PictureRows &rows)
+{
+    rowsAStrip_ = static_cast<int>(std::max(std::size_t{1}, stripBytes / rows.rowBytes()));
+    rowsAStrip_ = std::min(rowsAStrip_, rows.height());
+    chunkRoom_ = PngStripEncoder::roomFor(rows.rowBytes(), rowsAStrip_);
+    strips_.assign(static_cast<std::size_t>((rows.height() - 1) / rowsAStrip_ + 1), {});
+    if (chunks_.size < strips_.size() * chunkRoom_) {
+        chunks_ = {};
+        chunks_.bytes = std::make_unique_for_overwrite<std::uint8_t[]>(strips_.size() * chunkRoom_);
+        chunks_.size = strips_.size() * chunkRoom_;
+    }
+    const auto threads = strips_.size() < stripsWorthAThread ? 1U : static_cast<unsigned>(threads_);
+    while (encoders_.size() < threads)
+        encoders_.emplace_back();
+    for (unsigned i = 0; i < threads; ++i)
+        encoders_[i].prepare(rows.rowBytes(), rowsAStrip_);
+}
+
+void PngEncoder::encodeStrips(const PictureRows &rows)
+{
+    nextStrip_ = 0;
+    std::vector<std::jthread> others; // which have ended when this returns
+    try {
+        for (std::size_t i = 1; i < encoders_.size() && strips_.size() >= stripsWorthAThread; ++i)
+            others.emplace_back([this, &rows, i] { shareStrips(rows, encoders_[i]); });
+    } catch (const std::system_error &) { // no thread to be had: those that are there do it
+    }
+    shareStrips(rows, encoders_[0]);
+}
+
+/// Takes strips until none is left.
+void PngEncoder::shareStrips(const PictureRows &rows, PngStripEncoder &encoder) noexcept
+{
+    for (std::size_t i = nextStrip_++; i < strips_.size(); i = nextStrip_++) {
+        const int first = static_cast<int>(i) * rowsAStrip_;
+        const PngStripEncoder::Rows strip{rows, first, std::min(first + rowsAStrip_, rows.height())};
+        strips_[i] = encoder.encode(strip, chunks_.bytes.get() + i * chunkRoom_);
+    }
+}
+
+void PngEncoder::join(const PictureRows &rows, Bytes &png) const
+{
+    std::size_t size = 256; // all that is not a strip
+    for (const PngStripEncoder::Strip &strip : strips_)
+        size += strip.chunkBytes;
+    png.clear();
+    png.reserve(size);
+    appendHeader(png, rows);
+    appendChunk(png, "IDAT", zlibHeader);
+    uLong adler = 1;
+    for (std::size_t i = 0; i < strips_.size(); ++i) {
+        const std::uint8_t *chunk = chunks_.bytes.get() + i * chunkRoom_;
+        png.insert(png.end(), chunk, chunk + strips_[i].chunkBytes);
+        adler = adler32_combine(adler, strips_[i].adler, static_cast<z_off_t>(strips_[i].filteredBytes));
+    }
+    std::array<std::uint8_t, 6> trailer{lastBlock[0], lastBlock[1]};
+    putBigEndian(trailer.data() + lastBlock.size(), static_cast<std::uint32_t>(adler));
+    appendChunk(png, "IDAT", trailer);
+    appendChunk(png, "IEND", {});
+}
+
 Result<Bytes> encodePng(const PixelBuffer &pixels)
 {
-    if (pixels.width < 1 || pixels.height < 1 ||
+    if (pixels.width > 0 && pixels.height > 0 &&
         pixels.rgb.size() != pixels.rowBytes() * static_cast<std::size_t>(pixels.height))
         return Error{"PNG", 0, "the picture has no pixels"};
-    Bytes png;
-    png.reserve(pixels.rgb.size() + pixels.rgb.size() / 16 + 4096); // pages that are not written cost nothing
-    appendHeader(png, pixels);
-    appendPixels(png, pixels);
-    appendChunk(png, "IEND", {});
-    return png;
+    return encodeRows(PixelRows(pixels));
+}
+
+Result<Bytes> encodePng(const VideoFrame &frame)
+{
+    if (frame.format == PixelFormat::Jpeg) {
+        const auto pixels = convertToRgb(frame);
+        return pixels ? encodePng(*pixels) : pixels.error();
+    }
+    const auto rows = FrameRows::of(frame);
+    return rows ? encodeRows(*rows) : rows.error();
 }
 
 } // namespace skyflare

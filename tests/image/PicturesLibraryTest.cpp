@@ -76,16 +76,16 @@ std::string exifOf(const std::filesystem::path &file, const std::string &key)
 
 } // namespace
 
-TEST_CASE("a photo gets its moment as name, EXIF date and file time, and keeps its pixels")
+TEST_CASE_FIXTURE(LibraryFixture,
+                  "a photo gets its moment as name, EXIF date and file time, and keeps its pixels")
 {
-    LibraryFixture fixture;
-    CHECK(fixture.authorization() == AuthorizationStatus::Authorized);
-    CHECK(fixture.names().empty()); // the trial leaves nothing
+    CHECK(authorization() == AuthorizationStatus::Authorized);
+    CHECK(names().empty()); // the trial leaves nothing
     const Image image = LibraryFixture::picture(9);
-    CHECK(fixture.add(image).success);
+    CHECK(add(image).success);
     const std::string name = "Skyflare 2026-11-22 22.03.53.412.png";
-    CHECK(fixture.names() == std::set{name});
-    const auto file = fixture.folder / name;
+    CHECK(names() == std::set{name});
+    const auto file = folder / name;
     CHECK(exifOf(file, "Exif.Photo.DateTimeOriginal") == "2026:11:22 22:03:53");
     CHECK(exifOf(file, "Exif.Photo.SubSecTimeOriginal") == "412");
     CHECK(exifOf(file, "Exif.Photo.OffsetTimeOriginal") == "+03:00");
@@ -94,69 +94,61 @@ TEST_CASE("a photo gets its moment as name, EXIF date and file time, and keeps i
     REQUIRE(stat(file.c_str(), &status) == 0);
     CHECK(status.st_mtim.tv_sec == 1795374233);
     CHECK(status.st_mtim.tv_nsec == 412'000'000);
-    CHECK(fixture.stored(name).pixels()->rgb == image.pixels()->rgb);
+    CHECK(stored(name).pixels()->rgb == image.pixels()->rgb);
 
     LibraryFixture west("TST+5:30");
-    CHECK(west.add(fixture.stored(name)).success); // has an EXIF date already
+    CHECK(west.add(stored(name)).success); // has an EXIF date already
     const auto again = west.folder / "Skyflare 2026-11-22 13.33.53.412.png";
     CHECK(exifOf(again, "Exif.Photo.DateTimeOriginal") == "2026:11:22 13:33:53");
     CHECK(exifOf(again, "Exif.Photo.OffsetTimeOriginal") == "-05:30");
     CHECK(std::system(("pngcheck -q '" + again.string() + "'").c_str()) == 0);
 }
 
-TEST_CASE("photos of one moment all survive, and nothing is ever replaced")
+TEST_CASE_FIXTURE(LibraryFixture, "photos of one moment all survive, and nothing is ever replaced")
 {
-    LibraryFixture fixture;
-    std::filesystem::create_directories(fixture.folder);
-    std::ofstream(fixture.folder / "Skyflare 2026-11-22 22.03.53.412.png") << "somebody's";
-    CHECK(fixture.add(LibraryFixture::picture(1)).success);
-    CHECK(fixture.add(LibraryFixture::picture(2)).success);
-    CHECK(fixture.names() == std::set<std::string>{"Skyflare 2026-11-22 22.03.53.412.png",
-                                                   "Skyflare 2026-11-22 22.03.53.412 (2).png",
-                                                   "Skyflare 2026-11-22 22.03.53.412 (3).png"});
-    CHECK(readFile(fixture.folder / "Skyflare 2026-11-22 22.03.53.412.png")->size() == 10);
-    CHECK(fixture.stored("Skyflare 2026-11-22 22.03.53.412 (2).png").pixels()->rgb[0] == 1);
-    CHECK(fixture.stored("Skyflare 2026-11-22 22.03.53.412 (3).png").pixels()->rgb[0] == 2);
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / "Skyflare 2026-11-22 22.03.53.412.png") << "somebody's";
+    CHECK(add(LibraryFixture::picture(1)).success);
+    CHECK(add(LibraryFixture::picture(2)).success);
+    CHECK(names() == std::set<std::string>{"Skyflare 2026-11-22 22.03.53.412.png",
+                                           "Skyflare 2026-11-22 22.03.53.412 (2).png",
+                                           "Skyflare 2026-11-22 22.03.53.412 (3).png"});
+    CHECK(readFile(folder / "Skyflare 2026-11-22 22.03.53.412.png")->size() == 10);
+    CHECK(stored("Skyflare 2026-11-22 22.03.53.412 (2).png").pixels()->rgb[0] == 1);
+    CHECK(stored("Skyflare 2026-11-22 22.03.53.412 (3).png").pixels()->rgb[0] == 2);
 }
 
-TEST_CASE("a deleted folder is made again; where none can be, access is denied and the error says so")
+TEST_CASE_FIXTURE(LibraryFixture,
+                  "a deleted folder is made again; where none can be, access is denied and the error says so")
 {
-    LibraryFixture fixture;
-    CHECK(fixture.add(LibraryFixture::picture(1)).success);
-    std::filesystem::remove_all(fixture.folder);
-    CHECK(fixture.add(LibraryFixture::picture(1)).success);
-    CHECK(fixture.names().size() == 1);
+    CHECK(add(LibraryFixture::picture(1)).success);
+    std::filesystem::remove_all(folder);
+    CHECK(add(LibraryFixture::picture(1)).success);
+    CHECK(names().size() == 1);
 
-    std::filesystem::remove_all(fixture.folder);
-    std::ofstream(fixture.folder) << "a file";
-    CHECK(fixture.authorization() == AuthorizationStatus::Denied);
-    const LibraryChange change = fixture.add(LibraryFixture::picture(1));
+    std::filesystem::remove_all(folder);
+    std::ofstream(folder) << "a file";
+    CHECK(authorization() == AuthorizationStatus::Denied);
+    const LibraryChange change = add(LibraryFixture::picture(1));
     CHECK_FALSE(change.success);
     CHECK(change.error->message ==
-          "there is no folder for the photo: move away what stands in place of " + fixture.folder.string());
-
-    PicturesLibrary nowhere("/proc/Skyflare", fixture.time.globalUserInitiated());
-    nowhere.requestAuthorization(
-        [](AuthorizationStatus status) { CHECK(status == AuthorizationStatus::Denied); });
-    fixture.time.runUntilIdle();
+          "there is no folder for the photo: move away what stands in place of " + folder.string());
 }
 
-TEST_CASE("a photo that cannot be written to its end leaves nothing behind")
+TEST_CASE_FIXTURE(LibraryFixture, "a photo that cannot be written to its end leaves nothing behind")
 {
-    LibraryFixture fixture;
     const Image large = LibraryFixture::picture(5, 4000);
     rlimit usual{};
     getrlimit(RLIMIT_FSIZE, &usual);
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit small{(*large.pngData())->size() / 2, usual.rlim_max};
     setrlimit(RLIMIT_FSIZE, &small);
-    const LibraryChange change = fixture.add(large);
+    const LibraryChange change = add(large);
     setrlimit(RLIMIT_FSIZE, &usual);
     CHECK_FALSE(change.success);
-    CHECK(change.error->message ==
-          "the photo was not written to " + fixture.folder.string() + ": File too large");
-    CHECK(fixture.names().empty());
-    CHECK(fixture.add(large).success);
+    CHECK(change.error->message == "the photo was not written to " + folder.string() + ": File too large");
+    CHECK(names().empty());
+    CHECK(add(large).success);
 }
 
 TEST_CASE("what a killed process left half-written goes after an hour")

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <string_view>
 #include <vector>
 
@@ -22,24 +23,17 @@ struct PlanePattern {
 
 std::vector<PlanePattern> patternsOf(PixelFormat format)
 {
-    switch (format) {
-    case PixelFormat::NV12:
-        return {{1, 1, "0"}, {2, 2, "12"}};
-    case PixelFormat::I420:
-        return {{1, 1, "0"}, {2, 2, "1"}, {2, 2, "2"}};
-    case PixelFormat::YUY2:
-        return {{2, 1, "01+2"}};
-    case PixelFormat::UYVY:
-        return {{2, 1, "102+"}};
-    case PixelFormat::RGBx:
-        return {{1, 1, "012."}};
-    case PixelFormat::BGRx:
-        return {{1, 1, "210."}};
-    case PixelFormat::RGB:
-        return {{1, 1, "012"}};
-    default:
-        return {{1, 1, "0"}};
-    }
+    static const std::map<PixelFormat, std::vector<PlanePattern>> patterns = {
+        {PixelFormat::NV12, {{1, 1, "0"}, {2, 2, "12"}}},
+        {PixelFormat::I420, {{1, 1, "0"}, {2, 2, "1"}, {2, 2, "2"}}},
+        {PixelFormat::YUY2, {{2, 1, "01+2"}}},
+        {PixelFormat::UYVY, {{2, 1, "102+"}}},
+        {PixelFormat::RGBx, {{1, 1, "012."}}},
+        {PixelFormat::BGRx, {{1, 1, "210."}}},
+        {PixelFormat::RGB, {{1, 1, "012"}}},
+        {PixelFormat::GRAY8, {{1, 1, "0"}}},
+    };
+    return patterns.at(format);
 }
 
 } // namespace
@@ -64,6 +58,7 @@ VideoFrame makeFrame(PixelFormat format, int width, int height, int padding, con
             bytes->insert(bytes->end(), static_cast<std::size_t>(padding), noSample);
         }
     }
+    bytes->shrink_to_fit(); // so that AddressSanitizer sees a read beyond the last byte
     for (std::size_t i = 0; i < offsets.size(); ++i)
         frame.planes[i].data = bytes->data() + offsets[i];
     frame.owner = bytes;
