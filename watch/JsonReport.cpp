@@ -35,14 +35,16 @@ double asDecimal(float number)
 
 } // namespace
 
-void JsonReport::camera(const CaptureDevice &device, const CaptureFormat &format)
+void JsonReport::camera(const CaptureDevice &device)
 {
-    write(stream_, {{"type", "camera"},
-                    {"camera", device.localizedName()},
-                    {"position", nameOf(device.position())},
-                    {"width", format.width},
-                    {"height", format.height},
-                    {"fps", format.framesPerSecond}});
+    for (const CaptureFormat &format : device.formats()) {
+        write(stream_, {{"type", "camera"},
+                        {"camera", device.localizedName()},
+                        {"position", nameOf(device.position())},
+                        {"width", format.width},
+                        {"height", format.height},
+                        {"fps", format.framesPerSecond}});
+    }
 }
 
 void JsonReport::started(const SessionEvent &event)

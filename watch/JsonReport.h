@@ -11,8 +11,8 @@ class JsonReport final : public WatchReport {
 public:
     explicit JsonReport(std::FILE *stream) : stream_(stream) {}
 
-    /// One line of a list of cameras.
-    void camera(const CaptureDevice &device, const CaptureFormat &format);
+    /// A camera of a list: one line for each size and rate.
+    void camera(const CaptureDevice &device);
 
     void started(const SessionEvent &event) override;
     void lightPower(double, std::chrono::nanoseconds) override {}

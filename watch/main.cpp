@@ -1,6 +1,7 @@
 #include "app/App.h"
 #include "platform/base/AsioQueues.h"
 #include "platform/base/MainLoop.h"
+#include "platform/camera/CameraMonitor.h"
 #include "platform/camera/FilmSource.h"
 #include "platform/camera/GstCapture.h"
 #include "platform/camera/SimulatedSkySource.h"
@@ -8,6 +9,8 @@
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/TerminationSignals.h"
 #include "platform/linux/UserDirectories.h"
+#include "platform/linux/V4l2Focus.h"
+#include "watch/CameraList.h"
 #include "watch/FilmTime.h"
 #include "watch/JsonReport.h"
 #include "watch/Options.h"
@@ -20,6 +23,7 @@
 #include <clocale>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <span>
 
@@ -55,20 +59,39 @@ std::unique_ptr<WatchReport> reportFor(const Options &options, WatchConsole &con
                                         options.film ? TextReport::Source::Film : TextReport::Source::Camera);
 }
 
-/// The camera of that name; "auto" takes the best there is.
-Result<std::shared_ptr<CameraSource>> cameraNamed(const std::string &name, Console &console)
+CameraMonitor &cameraMonitor()
 {
-    if (name == "auto") {
-        console.printLine("No camera was found: this is the simulated sky.");
-        return cameraNamed("simulated", console);
-    }
-    if (!name.starts_with("simulated"))
-        return Error{.domain = "camera",
-                     .message = "no camera is named \"" + name + "\"; --list-cameras shows what there is"};
+    return CameraMonitor::shared([](const std::string &path) { return std::make_shared<V4l2Focus>(path); });
+}
+
+Result<std::shared_ptr<CameraSource>> simulatedCamera(const std::string &name)
+{
     auto sky = SimulatedSkySource::parse(name);
     if (!sky)
         return sky.error();
     return std::shared_ptr<CameraSource>(std::move(*sky));
+}
+
+/// The camera of that name; "auto" takes the best there is.
+Result<std::shared_ptr<CameraSource>> cameraNamed(const std::string &name, Console &console)
+{
+    if (name == "simulated" || name.starts_with("simulated:"))
+        return simulatedCamera(name);
+    CameraMonitor &monitor = cameraMonitor();
+    if (name != "auto") {
+        auto camera = monitor.cameraNamed(name);
+        if (!camera && monitor.outcome())
+            return Error{"camera", 0,
+                         camera.error().message +
+                             " (--list-cameras tells more, and \"simulated\" is always there)"};
+        return camera;
+    }
+    if (const auto cameras = monitor.cameras(); !cameras.empty())
+        return cameras.front();
+    if (!monitor.outcome())
+        return monitor.outcome().error();
+    console.printLine("No camera was found: this is the simulated sky.");
+    return simulatedCamera("simulated");
 }
 
 /// One run: what it is made of, in the order in which the parts need each other.
@@ -214,15 +237,18 @@ void Program::applyLevels(CaptureManager &manager) const
 
 int listCameras(const Options &options)
 {
-    const SimulatedSkySource sky;
-    for (const CaptureFormat &format : sky.formats()) {
-        if (options.json)
-            JsonReport(stdout).camera(sky, format);
-        else
-            std::printf("%s  %s  %d x %d  %g frames a second\n", sky.localizedName().c_str(),
-                        nameOf(sky.position()).data(), format.width, format.height, format.framesPerSecond);
+    const CameraMonitor &monitor = cameraMonitor();
+    std::vector<std::shared_ptr<const CaptureDevice>> cameras;
+    for (const auto &camera : monitor.cameras())
+        cameras.push_back(camera);
+    cameras.push_back(std::make_shared<SimulatedSkySource>());
+    if (!options.json) {
+        std::fputs(cameraList(cameras).c_str(), stdout);
+    } else {
+        for (const auto &camera : cameras)
+            JsonReport(stdout).camera(*camera);
     }
-    return done;
+    return monitor.outcome() ? done : complain(sourceFailed, monitor.outcome().error().message);
 }
 
 int start(std::span<const char *const> arguments)
@@ -246,6 +272,7 @@ int main(int argc, char **argv)
 {
     std::setlocale(LC_CTYPE, ""); // what the terminal can show; numbers keep their point
     std::signal(SIGPIPE, SIG_IGN);
+    setenv("LIBCAMERA_LOG_LEVELS", "*:ERROR", 0); // it reports its every start otherwise; before any thread
     return skyflare::start(
         std::span<const char *const>(argv + 1, static_cast<std::size_t>(argc > 0 ? argc - 1 : 0)));
 }

@@ -4,6 +4,9 @@
 #include "platform/camera/GstHandles.h"
 
 #include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
 
 namespace skyflare {
 
@@ -24,6 +27,17 @@ public:
     virtual Result<Element> makeElement() const = 0;
 
     [[nodiscard]] virtual Pacing pacing() const = 0;
+
+    /// Sources of the same identity read the same device, which can be opened once: a new graph of it waits
+    /// until the old one is down. Empty for what can be opened as often as one likes.
+    [[nodiscard]] virtual std::string identity() const { return {}; }
+
+    /// Calls `removed` when the device is taken away, on any thread, once at most; until what this returns is
+    /// let go of. Empty for what cannot be taken away.
+    [[nodiscard]] virtual std::shared_ptr<void> whenRemoved(std::function<void()> /*removed*/) const
+    {
+        return {};
+    }
 };
 
 /// Held by a LockStep session around every frame, on its streaming thread: sets the clock before a frame

@@ -14,14 +14,33 @@ namespace {
 constexpr const char *nativeFormats =
     "video/x-raw, format = (string) { NV12, I420, YUY2, UYVY, RGBx, BGRx, RGB, GRAY8 }; image/jpeg";
 
-/// Rows may be padded: unless told so, a camera or a decoder whose rows are copies each frame.
+/// So many pictures of a film are decoded ahead: each has its memory.
+constexpr guint picturesAhead = 3;
+
+/// Rows may be padded, and pictures be a part of what is there: unless told so, a camera or a decoder that
+/// gives such ones copies each frame.
 GstPadProbeReturn answerAllocation(GstPad *, GstPadProbeInfo *info, gpointer)
 {
     GstQuery *query = GST_PAD_PROBE_INFO_QUERY(info);
     if (GST_QUERY_TYPE(query) != GST_QUERY_ALLOCATION)
         return GST_PAD_PROBE_OK;
     gst_query_add_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
+    gst_query_add_allocation_meta(query, GST_VIDEO_CROP_META_API_TYPE, nullptr);
     return GST_PAD_PROBE_HANDLED;
+}
+
+/// What stands between a source and the rest of the graph, if anything.
+const char *pacerFor(Pacing pacing)
+{
+    switch (pacing) {
+    case Pacing::RealTime:
+        return "clocksync";
+    case Pacing::LockStep:
+        return "queue"; // decodes the next pictures while one is dealt with
+    case Pacing::Live:
+        break;
+    }
+    return nullptr;
 }
 
 bool givesRawPictures(GstPad *pad)
@@ -62,15 +81,18 @@ Result<> CaptureGraph::addElements(Pacing pacing)
     gst_object_ref_sink(pipeline);
     pipeline_.reset(pipeline);
     watchBus();
-    for (const auto &[element, factory] : {std::pair{&sink_, "appsink"}, std::pair{&clock_, "clocksync"},
+    for (const auto &[element, factory] : {std::pair{&sink_, "appsink"}, std::pair{&pacer_, pacerFor(pacing)},
                                            std::pair{&converter_, "videoconvert"}}) {
-        if (element == &clock_ && pacing != Pacing::RealTime)
+        if (!factory)
             continue;
         const auto added = add(factory);
         if (!added)
             return added.error();
         *element = *added;
     }
+    if (pacing == Pacing::LockStep)
+        g_object_set(pacer_, "max-size-buffers", picturesAhead, "max-size-bytes", 0U, "max-size-time",
+                     guint64{0}, nullptr);
     setUpSink(pacing);
     return {};
 }
@@ -142,9 +164,9 @@ bool CaptureGraph::link(GstPad *sourcePad)
 {
     GstElement *next = givesRawPictures(sourcePad) ? converter_ : sink_;
     bool isLinked = next == sink_ || gst_element_link(next, sink_);
-    if (clock_) {
-        isLinked = isLinked && gst_element_link(clock_, next);
-        next = clock_;
+    if (pacer_) {
+        isLinked = isLinked && gst_element_link(pacer_, next);
+        next = pacer_;
     }
     const Pad pad(gst_element_get_static_pad(next, "sink"));
     isLinked_ = isLinked && gst_pad_link(sourcePad, pad.get()) == GST_PAD_LINK_OK;

@@ -23,7 +23,7 @@ public:
     virtual void errorReported(const GraphError &error) = 0;
 };
 
-/// The elements from a camera to the program: `source ! (clocksync) ! (videoconvert) ! appsink`.
+/// The elements from a camera to the program: `source ! (clocksync | queue) ! (videoconvert) ! appsink`.
 ///
 /// A raw format that VideoFrame does not know is converted on the way; everything else passes untouched.
 /// Threads: made, played and ended on one thread that may block; the observer is called on others, until
@@ -56,7 +56,7 @@ private:
 
     GraphObserver &observer_;
     Pipeline pipeline_;
-    GstElement *clock_ = nullptr; ///< the pipeline owns these
+    GstElement *pacer_ = nullptr; ///< clocksync, queue or nothing; the pipeline owns these
     GstElement *converter_ = nullptr;
     GstElement *sink_ = nullptr;
     std::atomic<bool> isLinked_ = false;

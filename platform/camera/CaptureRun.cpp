@@ -27,6 +27,7 @@ CaptureRun::CaptureRun(Parts parts)
 
 void CaptureRun::start()
 {
+    watchForRemoval();
     // Not a queue: a driver or a server may never answer, and a queue's end would wait for it.
     auto work = [self = shared_from_this(), graph = parts_.graphs->add()]() mutable {
         self->runGraph();
@@ -45,8 +46,11 @@ void CaptureRun::start()
     const auto isDecided = [this] { return hasFrames_ || isStreamOver_ || isOver_; };
     const bool inTime = changed_.wait_for(lock, startLimit, isDecided);
     lock.unlock();
-    // A film may take longer to be found: it is a file and does not hang.
-    if (!inTime && isLive_)
+    if (!inTime && waitsForDevice_)
+        finish(event(Kind::Failed, name_ +
+                                       " is still in use by the run before, which hangs: unplug it and plug "
+                                       "it in again, or start the program anew"));
+    else if (!inTime && isLive_) // A film may take longer to be found: it is a file and does not hang.
         finish(event(Kind::Failed, name_ + " gives no pictures"));
 }
 
@@ -61,8 +65,17 @@ bool CaptureRun::isOver() const
     return isOver_;
 }
 
+void CaptureRun::watchForRemoval()
+{
+    removal_ = parts_.source->whenRemoved([weak = weak_from_this()] {
+        if (const auto self = weak.lock())
+            self->noteFault(self->name_ + " is gone: it was unplugged or switched off");
+    });
+}
+
 void CaptureRun::runGraph()
 {
+    auto device = takeDevice();
     std::unique_ptr<CaptureGraph> graph;
     if (!isOver())
         buildAndPlay(graph);
@@ -71,7 +84,18 @@ void CaptureRun::runGraph()
         changed_.wait(lock, [this] { return isOver_; });
     }
     graph.reset();
+    device.reset();
+    // Here, not with the run, whose last owner may be the removal itself.
+    removal_.reset();
     reportDown({});
+}
+
+std::shared_ptr<void> CaptureRun::takeDevice()
+{
+    waitsForDevice_ = true;
+    auto device = parts_.graphs->take(parts_.source->identity(), [this] { return isOver(); });
+    waitsForDevice_ = false;
+    return device;
 }
 
 void CaptureRun::buildAndPlay(std::unique_ptr<CaptureGraph> &graph)
@@ -88,20 +112,21 @@ void CaptureRun::buildAndPlay(std::unique_ptr<CaptureGraph> &graph)
 
 bool CaptureRun::sampleArrived(Sample sample)
 {
-    CaptureFormat format;
-    if (parts_.delivery->arrivals() == 0)
-        format = FrameReader::formatOf(sample.get());
+    const CaptureFormat format = pictures_ == 0 ? FrameReader::formatOf(sample.get()) : CaptureFormat();
     const VideoFrame frame = reader_.read(std::move(sample));
     streamSeconds_ = std::chrono::duration<double>(frame.streamTime).count();
-    if (parts_.delivery->arrivals() == 0)
-        noteFirstFrame(format);
+    if (frame.hasImageBuffer())
+        notePicture(frame, format);
     return parts_.delivery->arrived(frame);
 }
 
-void CaptureRun::noteFirstFrame(const CaptureFormat &format)
+// A camera may begin with frames that hold nothing: it has started when the first picture is there.
+void CaptureRun::notePicture(const VideoFrame &frame, CaptureFormat format)
 {
+    if (++pictures_ > 1)
+        return;
     SessionEvent started = event(Kind::Started);
-    started.format = format;
+    started.format = {frame.width, frame.height, format.framesPerSecond};
     {
         const std::scoped_lock lock(mutex_);
         hasFrames_ = true;
@@ -129,6 +154,8 @@ void CaptureRun::endStream()
     SessionEvent ending = isLive_ ? event(Kind::Lost, name_ + " gives no more pictures") : event(Kind::Ended);
     {
         const std::scoped_lock lock(mutex_);
+        if (isLive_ && !hasFrames_)
+            ending = event(Kind::Failed, name_ + " gives no pictures");
         if (failure_)
             ending = event(Kind::Failed, lineFor(*failure_));
     }
@@ -144,9 +171,17 @@ void CaptureRun::errorReported(const GraphError &error)
             failure_ = error;
         return;
     }
-    SessionEvent failure = event(isLive_ && hasFrames_ ? Kind::Lost : Kind::Failed, lineFor(error));
+    const std::string line = lineFor(error);
     lock.unlock();
-    finish(std::move(failure));
+    noteFault(line);
+}
+
+void CaptureRun::noteFault(const std::string &line)
+{
+    std::unique_lock lock(mutex_);
+    const Kind kind = isLive_ && hasFrames_ ? Kind::Lost : Kind::Failed;
+    lock.unlock();
+    finish(event(kind, line));
 }
 
 void CaptureRun::finish(std::optional<SessionEvent> ending)
@@ -160,6 +195,7 @@ void CaptureRun::finish(std::optional<SessionEvent> ending)
             report(*ending);
     }
     changed_.notify_all();
+    parts_.graphs->wake();
     parts_.delivery->close();
     parts_.stills->close(name_ + " gives no more pictures");
     parts_.controlQueue->asyncAfter(stopLimit, [weak = weak_from_this()] {
@@ -176,11 +212,12 @@ void CaptureRun::reportDown(const std::string &message)
 }
 
 // A camera that is pulled out, or whose server dies, often says nothing: no error, no end of its stream.
-// Nor does every part of a film's graph pass on the end after a fault.
-void CaptureRun::watchForSilence(std::int64_t arrivals, int silentTurns)
+// Nor does every part of a film's graph pass on the end after a fault. Frames that hold
+// no picture are silence too.
+void CaptureRun::watchForSilence(std::int64_t pictures, int silentTurns)
 {
-    const std::int64_t arrivalsNow = parts_.delivery->arrivals();
-    const bool isSilent = arrivalsNow == arrivals && !parts_.delivery->isBusy();
+    const std::int64_t picturesNow = pictures_;
+    const bool isSilent = picturesNow == pictures && !parts_.delivery->isBusy();
     const int turns = isSilent ? silentTurns + 1 : 0;
     std::optional<SessionEvent> ending;
     {
@@ -190,15 +227,15 @@ void CaptureRun::watchForSilence(std::int64_t arrivals, int silentTurns)
         if (turns >= silentTurnsAllowed && failure_)
             ending = event(Kind::Failed, lineFor(*failure_));
     }
-    if (turns >= silentTurnsAllowed && isLive_ && arrivalsNow > 0)
+    if (turns >= silentTurnsAllowed && isLive_ && picturesNow > 0)
         ending = event(Kind::Lost, name_ + " gives no more pictures");
     if (ending) {
         finish(std::move(ending));
         return;
     }
-    parts_.controlQueue->asyncAfter(silenceTurn, [weak = weak_from_this(), arrivalsNow, turns] {
+    parts_.controlQueue->asyncAfter(silenceTurn, [weak = weak_from_this(), picturesNow, turns] {
         if (const auto self = weak.lock())
-            self->watchForSilence(arrivalsNow, turns);
+            self->watchForSilence(picturesNow, turns);
     });
 }
 

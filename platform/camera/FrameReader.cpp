@@ -1,9 +1,14 @@
 #include "platform/camera/FrameReader.h"
 
+#include "platform/camera/FramePlanes.h"
+#include "platform/image/PictureHeader.h"
+
 #include <gst/video/video.h>
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 
 namespace skyflare {
@@ -105,8 +110,57 @@ private:
     bool isMapped_ = false;
 };
 
+/// A device says so of pictures that it knows to be damaged, and of those that stand for none.
+bool isWithoutPicture(GstBuffer *buffer)
+{
+    return GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED) ||
+           GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_GAP) || gst_buffer_get_size(buffer) == 0;
+}
+
+/// Whether what the buffer says of its rows can be what the stream promises.
+bool isAsPromised(GstBuffer *buffer, const GstVideoInfo &info)
+{
+    const GstVideoMeta *meta = gst_buffer_get_video_meta(buffer);
+    return !meta ||
+           (meta->format == GST_VIDEO_INFO_FORMAT(&info) &&
+            meta->n_planes == GST_VIDEO_INFO_N_PLANES(&info) &&
+            meta->width >= static_cast<guint>(info.width) && meta->height >= static_cast<guint>(info.height));
+}
+
+/// Whether every row of the frame lies in the memory that is mapped for it.
+bool isInsideMemory(const GstVideoFrame &mapped, const VideoFrame &frame)
+{
+    const bool hasMapForEachPlane = gst_buffer_get_video_meta(mapped.buffer) != nullptr;
+    const auto shapes = planeShapes(frame.format, frame.width, frame.height);
+    for (std::size_t plane = 0; plane < shapes.size(); ++plane) {
+        const auto &[rowBytes, rows] = shapes[plane];
+        if (rows == 0)
+            continue;
+        const GstMapInfo &map = mapped.map[hasMapForEachPlane ? plane : 0];
+        const std::ptrdiff_t first = frame.planes[plane].data - map.data;
+        const std::ptrdiff_t last = first + (rows - 1) * frame.planes[plane].stride;
+        if (std::abs(frame.planes[plane].stride) < rowBytes || std::min(first, last) < 0 ||
+            std::max(first, last) + rowBytes > static_cast<std::ptrdiff_t>(map.size))
+            return false;
+    }
+    return true;
+}
+
+/// What of the picture is to be shown: PipeWire's cameras may give more than that.
+PictureRegion regionOf(GstBuffer *buffer, const GstVideoInfo &info)
+{
+    const GstVideoCropMeta *crop = gst_buffer_get_video_crop_meta(buffer);
+    if (crop && crop->width > 0 && crop->height > 0)
+        return {crop->x, crop->y, crop->width, crop->height};
+    return {0, 0, info.width, info.height};
+}
+
 VideoFrame readRaw(Sample sample, const GstVideoInfo &info, ColorRange range)
 {
+    GstBuffer *buffer = gst_sample_get_buffer(sample.get());
+    if (!isAsPromised(buffer, info))
+        return {};
+    const PictureRegion region = regionOf(buffer, info);
     const auto picture = std::make_shared<RawPicture>(std::move(sample), info);
     if (!picture->isMapped())
         return {};
@@ -120,21 +174,47 @@ VideoFrame readRaw(Sample sample, const GstVideoInfo &info, ColorRange range)
         frame.planes[plane] = {static_cast<const std::uint8_t *>(GST_VIDEO_FRAME_PLANE_DATA(&mapped, plane)),
                                GST_VIDEO_FRAME_PLANE_STRIDE(&mapped, plane)};
     }
+    if (!isInsideMemory(mapped, frame))
+        return {};
     frame.matrix = colorMatrix(info.colorimetry.matrix);
     frame.range = range;
     frame.owner = picture;
-    return frame;
+    const bool isUpsideDown = std::any_of(frame.planes.begin(), frame.planes.end(),
+                                          [](const auto &plane) { return plane.stride < 0; });
+    frame = cropped(std::move(frame), region);
+    return isUpsideDown && frame.hasImageBuffer() ? copied(frame) : frame;
 }
 
-VideoFrame readCompressed(Sample sample, const CaptureFormat &format)
+/// The bytes of a mapped picture, to look into.
+class MappedBytes final : public ByteSource {
+public:
+    explicit MappedBytes(const GstMapInfo &map) : map_(map) {}
+    [[nodiscard]] std::uint64_t size() const override { return map_.size; }
+    Result<> read(std::uint64_t offset, std::span<std::uint8_t> into) const override
+    {
+        if (offset > map_.size || into.size() > map_.size - offset)
+            return Error{"camera", 0, "the picture is cut short"};
+        std::memcpy(into.data(), map_.data + offset, into.size());
+        return {};
+    }
+
+private:
+    const GstMapInfo &map_;
+};
+
+/// A picture that is cut short, as a bad cable makes them, is none: half of it would pass for a flash.
+VideoFrame readCompressed(Sample sample)
 {
     const auto picture = std::make_shared<CompressedPicture>(std::move(sample));
-    if (!picture->isMapped() || picture->map().size == 0)
+    if (!picture->isMapped())
+        return {};
+    const auto header = readPictureHeader(MappedBytes(picture->map()));
+    if (!header || header->kind != PictureHeader::Kind::Jpeg)
         return {};
     VideoFrame frame;
     frame.format = PixelFormat::Jpeg;
-    frame.width = format.width;
-    frame.height = format.height;
+    frame.width = header->width;
+    frame.height = header->height;
     frame.planes[0] = {picture->map().data, static_cast<std::ptrdiff_t>(picture->map().size)};
     // ITU-T T.871: JPEG's own matrix and range.
     frame.matrix = ColorMatrix::Bt601;
@@ -149,13 +229,13 @@ VideoFrame FrameReader::read(Sample sample)
 {
     const auto streamTime = nextStreamTime(sample.get());
     const GstCaps *caps = gst_sample_get_caps(sample.get());
+    GstBuffer *buffer = gst_sample_get_buffer(sample.get());
     VideoFrame frame;
     GstVideoInfo info{};
-    if (!caps || !gst_sample_get_buffer(sample.get())) {
+    if (!caps || !buffer || isWithoutPicture(buffer)) {
         // nothing to read
     } else if (gst_structure_has_name(gst_caps_get_structure(caps, 0), "image/jpeg")) {
-        const CaptureFormat format = formatOf(sample.get());
-        frame = readCompressed(std::move(sample), format);
+        frame = readCompressed(std::move(sample));
     } else if (gst_video_info_from_caps(&info, caps)) {
         const ColorRange range = colorRange(info, caps);
         frame = readRaw(std::move(sample), info, range);

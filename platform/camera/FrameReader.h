@@ -13,7 +13,8 @@ namespace skyflare {
 /// Threads: one at a time. The frames stand on their own.
 class FrameReader {
 public:
-    /// A sample that has no picture, or one of an unknown kind, gives a frame without an image buffer.
+    /// A sample that has no picture, one of an unknown kind, one that its device knows to be damaged, or less
+    /// of it than its stream promises gives a frame without an image buffer.
     VideoFrame read(Sample sample);
 
     /// What the stream says of its pictures.

@@ -15,6 +15,9 @@ struct CapsRelease {
 struct MessageRelease {
     void operator()(GstMessage *message) const { gst_message_unref(message); }
 };
+struct StructureRelease {
+    void operator()(GstStructure *structure) const { gst_structure_free(structure); }
+};
 /// Stops the pipeline before letting go of it. May wait for its streaming threads.
 struct PipelineRelease {
     void operator()(GstElement *pipeline) const
@@ -29,6 +32,7 @@ using Pad = Handle<GstPad, &gst_object_unref>;
 using Bus = Handle<GstBus, &gst_object_unref>;
 using Sample = std::unique_ptr<GstSample, SampleRelease>;
 using Caps = std::unique_ptr<GstCaps, CapsRelease>;
+using Structure = std::unique_ptr<GstStructure, StructureRelease>;
 using Message = std::unique_ptr<GstMessage, MessageRelease>;
 using Pipeline = std::unique_ptr<GstElement, PipelineRelease>;
 using GLibError = Handle<GError, &g_error_free>;

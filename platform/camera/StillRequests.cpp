@@ -1,6 +1,9 @@
 #include "platform/camera/StillRequests.h"
 
+#include "platform/camera/FramePlanes.h"
 #include "platform/image/Image.h"
+
+#include <vector>
 
 namespace skyflare {
 
@@ -12,10 +15,7 @@ Result<Bytes> encodeStill(const VideoFrame &frame)
 {
     if (frame.format == PixelFormat::Jpeg)
         return Bytes(frame.planes[0].data, frame.planes[0].data + frame.planes[0].stride);
-    const auto pixels = convertToRgb(frame);
-    if (!pixels)
-        return pixels.error();
-    return encodePng(*pixels);
+    return encodePng(frame);
 }
 
 void fail(PhotoCaptureDelegate &delegate, const std::string &why)
@@ -56,12 +56,21 @@ void StillRequests::offer(const VideoFrame &frame)
 {
     if (!frame.hasImageBuffer())
         return;
-    const std::scoped_lock lock(mutex_);
-    while (!waiting_.empty() && underWay_ < stillsAtOnce) {
-        ++underWay_;
-        encodeLater(frame, std::move(waiting_.front()));
-        waiting_.pop_front();
+    std::vector<Delegate> taking;
+    {
+        const std::scoped_lock lock(mutex_);
+        for (; !waiting_.empty() && underWay_ < stillsAtOnce; ++underWay_) {
+            taking.push_back(std::move(waiting_.front()));
+            waiting_.pop_front();
+        }
     }
+    if (taking.empty())
+        return;
+    // A camera has four to eight buffers and goes silent without a free one: it gets this one back now, not
+    // when the picture has been encoded. The copy of 18 MB takes a few ms.
+    const VideoFrame own = copied(frame);
+    for (Delegate &delegate : taking)
+        encodeLater(own, std::move(delegate));
 }
 
 void StillRequests::hold(const VideoFrame &frame)

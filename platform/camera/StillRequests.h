@@ -14,7 +14,8 @@ namespace skyflare {
 /// The photos asked for in one run of a session: gives each its frame, encodes it, answers once.
 ///
 /// A compressed frame is passed through as it is; a raw one becomes a PNG, losslessly. The encoding queue
-/// is borrowed and does the work; at most three stills are under way at once.
+/// is borrowed and does the work; at most three stills are under way at once, each with a copy of its frame,
+/// so that none of the camera's buffers is kept. A request that waits for its frame has no picture yet.
 /// Threads: any.
 class StillRequests : public std::enable_shared_from_this<StillRequests> {
 public:

@@ -40,9 +40,8 @@ TEST_CASE_FIXTURE(AppFixture, "a fresh install starts with the defaults, stored,
     CHECK(console.lines() == resetLines);
     const UserDefaults stored(folder / "settings.plist", console);
     CHECK_FALSE(stored.hasObjectForKey("alreadyLaunched"));
-    CHECK(stored.hasObjectForKey("manualFocus"));
-    CHECK(stored.hasObjectForKey("autoSave"));
-    CHECK(stored.hasObjectForKey("savedPhoto"));
+    for (const char *key : {"manualFocus", "autoSave", "savedPhoto"})
+        CHECK(stored.hasObjectForKey(key));
     CHECK(stored.floatForKey("sensivity") == 0.1F);
     CHECK(stored.doubleForKey("frequency") == 1.0);
 }

@@ -30,10 +30,8 @@ TEST_CASE("the machine's clocks are two")
 {
     const SystemClock clock;
     CHECK(clock.secondsSince1970() > 1'700'000'000.0);
-    const double uptime = clock.secondsOfUptime();
-    CHECK(uptime > 0);
-    CHECK(uptime < clock.secondsSince1970());
-    CHECK(clock.secondsOfUptime() >= uptime);
+    CHECK(clock.secondsOfUptime() > 0);
+    CHECK(clock.secondsOfUptime() < 1'700'000'000.0);
 }
 
 TEST_CASE("folders follow the user's environment, or stand below one folder")

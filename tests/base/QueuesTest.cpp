@@ -25,12 +25,15 @@ private:
     std::future<void> future_ = promise_.get_future();
 };
 
+struct WorkerFixture {
+    AsioQueues queues;
+    std::shared_ptr<SerialQueue> queue = queues.makeSerialQueue("worker");
+};
+
 } // namespace
 
-TEST_CASE("a serial queue runs one thing at a time, in order, on its own thread")
+TEST_CASE_FIXTURE(WorkerFixture, "a serial queue runs one thing at a time, in order, on its own thread")
 {
-    AsioQueues queues;
-    const auto queue = queues.makeSerialQueue("worker");
     std::vector<int> ran; // no lock: the queue must order it
     for (int number = 0; number < 1000; ++number)
         queue->async([&, number] { ran.push_back(queue->isCurrent() ? number : -1); });
@@ -70,11 +73,10 @@ TEST_CASE("a serial queue that is let go of by its own work runs what it had acc
     CHECK(ran.comes());
 }
 
-TEST_CASE("who waits in sync goes home with false when the queue closes before the work's turn")
+TEST_CASE_FIXTURE(WorkerFixture,
+                  "who waits in sync goes home with false when the queue closes before the work's turn")
 {
     MainLoop mainLoop;
-    AsioQueues queues;
-    const auto queue = queues.makeSerialQueue("worker");
     Signal waiting;
     std::promise<bool> answer;
     bool ran = false;
@@ -94,11 +96,9 @@ TEST_CASE("who waits in sync goes home with false when the queue closes before t
     CHECK(acceptedRan);
 }
 
-TEST_CASE("a closed queue drops what it is given")
+TEST_CASE_FIXTURE(WorkerFixture, "a closed queue drops what it is given")
 {
-    AsioQueues queues;
     std::atomic<int> ran = 0;
-    const auto queue = queues.makeSerialQueue("worker");
     queue->async([&] { ++ran; });
     queue->asyncAfter(24h, [&] { ran += 100; }); // would keep close() waiting for a day
     queues.globalUserInitiated().asyncAfter(24h, [&] { ran += 100; });
@@ -113,10 +113,8 @@ TEST_CASE("a closed queue drops what it is given")
     CHECK(ran == 1);
 }
 
-TEST_CASE("timers run when they are due, the earlier one first")
+TEST_CASE_FIXTURE(WorkerFixture, "timers run when they are due, the earlier one first")
 {
-    AsioQueues queues;
-    const auto queue = queues.makeSerialQueue("worker");
     Signal last;
     std::vector<int> ran;
     const auto start = std::chrono::steady_clock::now();
@@ -151,11 +149,9 @@ TEST_CASE("the global queue runs side by side and can be drained")
     CHECK(ran == 100);
 }
 
-TEST_CASE("a shutdown runs all that was accepted, while main goes on serving")
+TEST_CASE_FIXTURE(WorkerFixture, "a shutdown runs all that was accepted, while main goes on serving")
 {
     MainLoop mainLoop;
-    AsioQueues queues;
-    const auto queue = queues.makeSerialQueue("worker");
     std::vector<int> ran;
     mainLoop.async([&] {
         queue->async([&] {

@@ -27,27 +27,15 @@ long filesIn(const fs::path &folder)
     return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
 }
 
-/// From now on this process can write no file longer than that: a disk that is full.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t longest)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit now{longest, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &now);
-    }
-    FullDisk(const FullDisk &) = delete;
-    FullDisk &operator=(const FullDisk &) = delete;
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-
-private:
-    rlimit before_{};
+struct DefaultsFixture {
+    TemporaryFolder folder;
+    RecordingConsole console;
+    fs::path file = folder / "settings.plist";
 };
 
 } // namespace
 
-TEST_CASE("a typed getter converts what it finds")
+TEST_CASE_FIXTURE(DefaultsFixture, "a typed getter converts what it finds")
 {
     constexpr auto most = std::numeric_limits<std::int64_t>::max();
     constexpr auto least = std::numeric_limits<std::int64_t>::min();
@@ -82,9 +70,7 @@ TEST_CASE("a typed getter converts what it finds")
         {Bytes{1}, false, 0, 0, 0, std::nullopt},
         {PropertyList::Array{true}, false, 0, 0, 0, std::nullopt},
     };
-    const TemporaryFolder folder;
-    RecordingConsole console;
-    UserDefaults defaults(folder / "settings.plist", console);
+    UserDefaults defaults(file, console);
     for (const Row &row : rows) {
         CAPTURE(&row - &rows[0]);
         defaults.setObject(row.stored, "key");
@@ -100,11 +86,9 @@ TEST_CASE("a typed getter converts what it finds")
     CHECK(defaults.doubleForKey("key") == 0);
 }
 
-TEST_CASE("settings are written through at once")
+TEST_CASE_FIXTURE(DefaultsFixture, "settings are written through at once")
 {
-    const TemporaryFolder folder;
-    RecordingConsole console;
-    const fs::path file = folder / "new folder/settings.plist";
+    file = folder / "new folder/settings.plist";
     UserDefaults defaults(file, console);
     CHECK_FALSE(fs::exists(file));
     defaults.setFloat(0.1F, "sensivity");
@@ -120,11 +104,8 @@ TEST_CASE("settings are written through at once")
     CHECK(console.reports().empty());
 }
 
-TEST_CASE("a damaged settings file is kept aside, reported and replaced")
+TEST_CASE_FIXTURE(DefaultsFixture, "a damaged settings file is kept aside, reported and replaced")
 {
-    const TemporaryFolder folder;
-    RecordingConsole console;
-    const fs::path file = folder / "settings.plist";
     Bytes cutShort = PropertyList(PropertyList::Dictionary{{"autoSave", true}}).serialize();
     cutShort.resize(cutShort.size() - 5);
     const Bytes otherType = PropertyList(PropertyList::Array{true}).serialize();
@@ -145,10 +126,9 @@ TEST_CASE("a damaged settings file is kept aside, reported and replaced")
                                       ".damaged.2");
 }
 
-TEST_CASE("settings that cannot be written hold until the end, and are reported once")
+TEST_CASE_FIXTURE(DefaultsFixture,
+                  "settings that cannot be written hold until the end, and are reported once")
 {
-    const TemporaryFolder folder;
-    RecordingConsole console;
     REQUIRE(replaceFile(folder / "file", bytesOf("in the way")));
     UserDefaults defaults(folder / "file/settings.plist", console);
     defaults.setInteger(3, "savedPhoto");
@@ -159,15 +139,13 @@ TEST_CASE("settings that cannot be written hold until the end, and are reported 
     CHECK(*readFile(folder / "file") == bytesOf("in the way"));
 }
 
-TEST_CASE("settings that cannot be read are not written over")
+TEST_CASE_FIXTURE(DefaultsFixture, "settings that cannot be read are not written over")
 {
-    const TemporaryFolder folder;
-    RecordingConsole console;
-    fs::create_symlink("settings.plist", folder / "settings.plist"); // leads to itself
-    UserDefaults defaults(folder / "settings.plist", console);
+    fs::create_symlink("settings.plist", file); // leads to itself
+    UserDefaults defaults(file, console);
     defaults.setInteger(3, "savedPhoto");
     CHECK(defaults.integerForKey("savedPhoto") == 3);
-    CHECK(fs::is_symlink(folder / "settings.plist"));
+    CHECK(fs::is_symlink(file));
     CHECK(console.reports().size() == 1);
 }
 
@@ -175,12 +153,15 @@ TEST_CASE("a file that cannot be replaced stays as it was")
 {
     const TemporaryFolder folder;
     REQUIRE(replaceFile(folder / "file", bytesOf("old")));
-    {
-        const FullDisk full(1000);
-        const auto replaced = replaceFile(folder / "file", Bytes(5000));
-        REQUIRE_FALSE(replaced);
-        CHECK(replaced.error().code == EFBIG);
-    }
+    rlimit usual{};
+    getrlimit(RLIMIT_FSIZE, &usual);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit full{1000, usual.rlim_max}; // what a full disk does, too
+    setrlimit(RLIMIT_FSIZE, &full);
+    const auto replaced = replaceFile(folder / "file", Bytes(5000));
+    setrlimit(RLIMIT_FSIZE, &usual);
+    REQUIRE_FALSE(replaced);
+    CHECK(replaced.error().code == EFBIG);
     CHECK(*readFile(folder / "file") == bytesOf("old"));
     CHECK(filesIn(folder.path()) == 1);
 

@@ -3,10 +3,11 @@
 #include "platform/base/AsioQueues.h"
 #include "platform/camera/GstCapture.h"
 #include "platform/image/AreaAverage.h"
-#include "tests/fakes/TemporaryFolder.h"
+#include "tests/fakes/Films.h"
 
+#include <algorithm>
+#include <atomic>
 #include <condition_variable>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -46,6 +47,13 @@ struct EventLog {
     {
         const std::scoped_lock lock(mutex);
         return events.size();
+    }
+    /// The message of the first event of that kind.
+    std::string lineOf(SessionEvent::Kind kind)
+    {
+        const std::scoped_lock lock(mutex);
+        const auto found = std::ranges::find(events, kind, &SessionEvent::kind);
+        return found == events.end() ? "there is none" : found->message;
     }
 };
 
@@ -89,7 +97,7 @@ struct PhotoLog final : PhotoCaptureDelegate {
 };
 
 /// A camera made of GStreamer's own elements.
-struct TestCamera final : CameraSource {
+struct TestCamera : CameraSource {
     using Passing = std::function<GstPadProbeReturn(GstPadProbeInfo *)>;
 
     TestCamera(std::string elements, Pacing pace, Passing onPassing = {})
@@ -98,7 +106,10 @@ struct TestCamera final : CameraSource {
     }
     std::string description;
     Pacing paces;
-    Passing passing; ///< sees each buffer and event that leaves the camera
+    Passing passing;    ///< sees each buffer and event that leaves the camera
+    std::string device; ///< unless empty, it can be opened once
+    mutable std::atomic<bool> isOpen = false;
+    mutable std::function<void()> remove; ///< takes the camera away from its run
 
     [[nodiscard]] std::string localizedName() const override { return "Test camera"; }
     [[nodiscard]] DevicePosition position() const override { return DevicePosition::Back; }
@@ -108,12 +119,22 @@ struct TestCamera final : CameraSource {
     void setFocusMode(FocusMode) override {}
     void unlockForConfiguration() override {}
     [[nodiscard]] Pacing pacing() const override { return paces; }
+    [[nodiscard]] std::string identity() const override { return device; }
+    [[nodiscard]] std::shared_ptr<void> whenRemoved(std::function<void()> removed) const override
+    {
+        remove = std::move(removed);
+        return {};
+    }
     Result<Element> makeElement() const override
     {
         Element bin(gst_parse_bin_from_description(description.c_str(), TRUE, nullptr));
         if (!bin)
             return Error{"camera", 0, "no such elements: " + description};
         gst_object_ref_sink(bin.get());
+        if (!device.empty() && isOpen.exchange(true))
+            return Error{"camera", 0, "opened twice"};
+        const auto closed = [](gpointer flag, GObject *) { *static_cast<std::atomic<bool> *>(flag) = false; };
+        g_object_weak_ref(G_OBJECT(bin.get()), closed, &isOpen);
         const Pad pad(gst_element_get_static_pad(bin.get(), "src"));
         const auto probe = [](GstPad *, GstPadProbeInfo *info, gpointer self) {
             const auto &onPassing = static_cast<const TestCamera *>(self)->passing;
@@ -163,28 +184,6 @@ struct CameraRig {
     {
         start();
         return events->waitFor(SessionEvent::Kind::Stopped);
-    }
-};
-
-/// Films, made by ffmpeg in a folder of their own.
-struct Films {
-    TemporaryFolder folder;
-
-    std::filesystem::path make(const std::string &name, const std::string &options) const
-    {
-        auto path = folder / name;
-        const std::string command = "ffmpeg -nostdin -v error -y " + options + " '" + path.string() + "'";
-        if (std::system(command.c_str()) != 0)
-            throw std::runtime_error("ffmpeg failed: " + command);
-        return path;
-    }
-    /// 2 s, 50 pictures, each a grey a little lighter than the one before; with reordered ones for H.264.
-    std::filesystem::path rising(const std::string &name,
-                                 const std::string &codec = "-c:v libx264 -bf 3") const
-    {
-        return make(name, "-f lavfi -i \"nullsrc=s=322x182:r=25:d=2,geq=lum='20+4*N':cb=128:cr=128\" "
-                          "-pix_fmt yuv420p " +
-                              codec);
     }
 };
 

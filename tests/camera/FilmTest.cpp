@@ -37,24 +37,23 @@ bool contains(const std::string &text, const std::string &part)
     return text.find(part) != std::string::npos;
 }
 
+/// 8 s each, in the containers whose headers say so.
+struct WholeFilms : Films {
+    std::vector<fs::path> wholes = {
+        make("fast.mp4", moving + sound + "-c:v libx264 -bf 3 -movflags +faststart"),
+        make("film.mkv", moving + sound + "-c:v libx264 -bf 3"),
+        make("film.webm", moving + "-c:v libvpx -deadline realtime"),
+        make("film.avi", moving + "-c:v mpeg4"),
+    };
+};
+
 } // namespace
 
-TEST_CASE("lock-step gives every picture of a film once, in order, at its film time")
+TEST_CASE_FIXTURE(Films, "lock-step gives every picture of a film once, in order, at its film time")
 {
-    const Films films;
-    struct Row {
-        std::string name;
-        const char *codec;
-    };
-    static const Row rows[] = {
-        {"a.mp4", "-c:v libx264 -bf 3"},
-        {"a.mkv", "-c:v libx264 -bf 3"},
-        {"a.ts", "-c:v libx264 -bf 3"},
-        {"a.avi", "-c:v mpeg4"},
-    };
-    for (const auto &row : rows) {
-        CAPTURE(row.name);
-        FilmRun run(films.rising(row.name, row.codec));
+    for (const std::string name : {"a.mp4", "a.mkv", "a.ts", "a.avi"}) {
+        CAPTURE(name);
+        FilmRun run(rising(name, name == "a.avi" ? "-c:v mpeg4" : "-c:v libx264 -bf 3"));
         CHECK(run.ending.kind == Kind::Ended);
         const FrameLog &frames = *run.rig.frames;
         REQUIRE(frames.times.size() == 50);
@@ -68,14 +67,14 @@ TEST_CASE("lock-step gives every picture of a film once, in order, at its film t
         CHECK(run.rig.session->frameStatistics().dropped == 0);
         const SessionEvent started = run.rig.events->at(0);
         CHECK(started.kind == Kind::Started);
-        CHECK(started.device == row.name);
+        CHECK(started.device == name);
         CHECK(started.format.width == 322);
         CHECK(started.format.height == 182);
         CHECK(started.format.framesPerSecond == doctest::Approx(25));
     }
 }
 
-TEST_CASE("a film's format is taken as it is where it is known, else converted")
+TEST_CASE_FIXTURE(Films, "a film's format is taken as it is where it is known, else converted")
 {
     struct Row {
         const char *name;
@@ -95,11 +94,10 @@ TEST_CASE("a film's format is taken as it is where it is known, else converted")
         {"packed.avi", "-pix_fmt yuyv422 -c:v rawvideo", 322, 182, PixelFormat::YUY2},
         {"photos.avi", "-pix_fmt yuvj422p -c:v mjpeg", 322, 182, {}},
     };
-    const Films films;
     for (const Row &row : rows) {
         CAPTURE(std::string(row.name));
-        FilmRun run(films.make(row.name,
-                               std::string("-f lavfi -i color=0xB04020:s=322x182:r=5:d=1 ") + row.encoding));
+        FilmRun run(
+            make(row.name, std::string("-f lavfi -i color=0xB04020:s=322x182:r=5:d=1 ") + row.encoding));
         CHECK(run.ending.kind == Kind::Ended);
         const FrameLog &frames = *run.rig.frames;
         REQUIRE(frames.reds.size() == 5);
@@ -110,17 +108,16 @@ TEST_CASE("a film's format is taken as it is where it is known, else converted")
     }
 }
 
-TEST_CASE("what is no film says so in one line that names the file")
+TEST_CASE_FIXTURE(Films, "what is no film says so in one line that names the file")
 {
-    const Films films;
-    write(films.folder / "empty.mp4", "");
-    write(films.folder / "letter.mp4", "Dear Sir or Madam, this is not a film at all.\n");
-    write(films.folder / "junk.mkv", std::string(5000, '\xA7'));
-    films.make("song.m4a", "-f lavfi -i sine=d=1");
-    films.make("song.wav", "-f lavfi -i sine=d=1");
-    const fs::path whole = films.rising("whole.mp4");
-    fs::copy_file(whole, films.folder / "headless.mp4");
-    fs::resize_file(films.folder / "headless.mp4", fs::file_size(whole) / 2);
+    write(folder / "empty.mp4", "");
+    write(folder / "letter.mp4", "Dear Sir or Madam, this is not a film at all.\n");
+    write(folder / "junk.mkv", std::string(5000, '\xA7'));
+    make("song.m4a", "-f lavfi -i sine=d=1");
+    make("song.wav", "-f lavfi -i sine=d=1");
+    const fs::path whole = rising("whole.mp4");
+    fs::copy_file(whole, folder / "headless.mp4");
+    fs::resize_file(folder / "headless.mp4", fs::file_size(whole) / 2);
     struct Row {
         const char *name;
         const char *says;
@@ -133,7 +130,7 @@ TEST_CASE("what is no film says so in one line that names the file")
     };
     for (const Row &row : rows) {
         CAPTURE(std::string(row.name));
-        FilmRun run(films.folder / row.name);
+        FilmRun run(folder / row.name);
         CHECK(run.ending.kind == Kind::Failed);
         CAPTURE(run.ending.message);
         CHECK(contains(run.ending.message, std::string(row.name) + ": "));
@@ -166,30 +163,13 @@ TEST_CASE("what is no film says so in one line that names the file")
     }
 }
 
-namespace {
-
-/// 8 s each, in the containers whose headers say so.
-std::vector<fs::path> wholeFilms(const Films &films)
+TEST_CASE_FIXTURE(WholeFilms, "a film that is cut short gives what it has, and then says how much is missing")
 {
-    return {
-        films.make("fast.mp4", moving + sound + "-c:v libx264 -bf 3 -movflags +faststart"),
-        films.make("film.mkv", moving + sound + "-c:v libx264 -bf 3"),
-        films.make("film.webm", moving + "-c:v libvpx -deadline realtime"),
-        films.make("film.avi", moving + "-c:v mpeg4"),
-    };
-}
-
-} // namespace
-
-TEST_CASE("a film that is cut short gives what it has, and then says how much is missing")
-{
-    const Films films;
-    const auto wholes = wholeFilms(films);
     for (const fs::path &whole : wholes) {
         for (const int percent : {30, 60, 90}) {
             CAPTURE(whole.filename().string());
             CAPTURE(percent);
-            const fs::path half = films.folder / ("half-" + whole.filename().string());
+            const fs::path half = folder / ("half-" + whole.filename().string());
             fs::copy_file(whole, half, fs::copy_options::overwrite_existing);
             fs::resize_file(half, fs::file_size(whole) * unsigned(percent) / 100);
             FilmRun run(half);
@@ -206,21 +186,19 @@ TEST_CASE("a film that is cut short gives what it has, and then says how much is
     CHECK(FilmRun(wholes[1]).ending.kind == Kind::Ended);
 }
 
-TEST_CASE("sound may last longer than pictures")
+TEST_CASE_FIXTURE(Films, "sound may last longer than pictures")
 {
-    const Films films;
     for (const char *name : {"long.mp4", "long.mkv"}) {
-        FilmRun run(films.make(name, "-f lavfi -i testsrc2=s=320x180:r=25:d=4 " + sound + "-c:v libx264"));
+        FilmRun run(make(name, "-f lavfi -i testsrc2=s=320x180:r=25:d=4 " + sound + "-c:v libx264"));
         CAPTURE(run.ending.message);
         CHECK(run.ending.kind == Kind::Ended);
         CHECK(run.rig.frames->times.size() == 100);
     }
 }
 
-TEST_CASE("damage in the middle of a film costs only what is damaged")
+TEST_CASE_FIXTURE(WholeFilms, "damage in the middle of a film costs only what is damaged")
 {
-    const Films films;
-    for (const fs::path &whole : wholeFilms(films)) {
+    for (const fs::path &whole : wholes) {
         CAPTURE(whole.filename().string());
         std::fstream file(whole, std::ios::in | std::ios::out | std::ios::binary);
         file.seekp(std::streamoff(fs::file_size(whole) / 2));

@@ -1,4 +1,5 @@
 #include "platform/camera/FilmSource.h"
+#include "platform/camera/StillRequests.h"
 #include "platform/image/Image.h"
 #include "tests/camera/CameraRig.h"
 
@@ -46,9 +47,8 @@ bool isEndOfStream(GstPadProbeInfo *info)
 
 } // namespace
 
-TEST_CASE("a stop in mid-film returns at once; the graph comes down when main has let it go")
+TEST_CASE_FIXTURE(Films, "a stop in mid-film returns at once; the graph comes down when main has let it go")
 {
-    const Films films;
     TestGate gate;
     Signal frameIsOut;
     std::promise<void> mainServes;
@@ -57,7 +57,7 @@ TEST_CASE("a stop in mid-film returns at once; the graph comes down when main ha
         frameIsOut.set();
         served.wait();
     };
-    CameraRig rig(std::make_shared<FilmSource>(films.rising("a.mp4"), Pacing::LockStep), &gate);
+    CameraRig rig(std::make_shared<FilmSource>(rising("a.mp4"), Pacing::LockStep), &gate);
     rig.start();
     REQUIRE(frameIsOut.promise.get_future().wait_for(deadline) == std::future_status::ready);
     rig.session->stopRunning();
@@ -84,11 +84,10 @@ TEST_CASE("a stop in mid-film returns at once; the graph comes down when main ha
     CHECK(rig.frames->times.size() == 1);
 }
 
-TEST_CASE("in lock-step a photo is the frame that asked for it")
+TEST_CASE_FIXTURE(Films, "in lock-step a photo is the frame that asked for it")
 {
-    const Films films;
     TestGate gate;
-    CameraRig rig(std::make_shared<FilmSource>(films.rising("a.mp4"), Pacing::LockStep), &gate);
+    CameraRig rig(std::make_shared<FilmSource>(rising("a.mp4"), Pacing::LockStep), &gate);
     gate.delivered = [&] { rig.queues.drainGlobal(); };
     const auto photos = std::make_shared<PhotoLog>();
     rig.frames->seen = [&](const VideoFrame &frame) {
@@ -144,9 +143,15 @@ TEST_CASE("a live camera's photo is the next whole frame, a compressed one byte 
 {
     std::vector<Bytes> given;
     std::mutex mutex;
+    int passed = 0;
     const auto note = [&](GstPadProbeInfo *info) {
         if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) != 0) {
             GstBuffer *buffer = GST_PAD_PROBE_INFO_BUFFER(info);
+            if (++passed % 4 >= 2) { // empty, or cut short
+                info->data = buffer = gst_buffer_make_writable(buffer);
+                gst_buffer_resize(buffer, 0, gssize(gst_buffer_get_size(buffer)) * (passed % 2) / 2);
+                return GST_PAD_PROBE_OK;
+            }
             Bytes bytes(gst_buffer_get_size(buffer));
             gst_buffer_extract(buffer, 0, bytes.data(), bytes.size());
             const std::scoped_lock lock(mutex);
@@ -172,8 +177,9 @@ TEST_CASE("a live camera's photo is the next whole frame, a compressed one byte 
     rig.session->stopRunning();
     REQUIRE(rig.events->waitFor(Kind::Stopped));
     for (std::size_t index = 1; index < 6; ++index) {
-        const auto found =
-            std::find(given.begin(), given.end(), *photos->photos[index].fileDataRepresentation());
+        const auto photo = photos->photos[index].fileDataRepresentation();
+        REQUIRE(photo);
+        const auto found = std::find(given.begin(), given.end(), *photo);
         CHECK(found - given.begin() >= std::ptrdiff_t(before) - 1);
         CHECK(found != given.end());
     }
@@ -198,24 +204,30 @@ TEST_CASE("a live camera that falls silent, ends or breaks is lost; one that nev
         {"is absent", "v4l2src device=/dev/video-none ! " + raw, 0, Kind::Failed,
          "Test camera: it is not there"},
     };
+    std::vector<std::unique_ptr<CameraRig>> rigs; // all at once: most of them only wait
     for (const Row &row : rows) {
-        CAPTURE(row.how);
-        int left = row.framesGiven;
-        const auto passing = [&](GstPadProbeInfo *info) {
+        const auto passing = [left = std::make_shared<int>(row.framesGiven)](GstPadProbeInfo *info) {
             const bool isFrame = (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) != 0;
-            return isFrame && left-- <= 0 ? GST_PAD_PROBE_DROP : GST_PAD_PROBE_OK;
+            return isFrame && (*left)-- <= 0 ? GST_PAD_PROBE_DROP : GST_PAD_PROBE_OK;
         };
-        CameraRig rig(std::make_shared<TestCamera>(row.elements, Pacing::Live, passing));
-        REQUIRE(rig.runToEnd());
-        const SessionEvent ending = rig.events->at(rig.events->size() - 2);
-        CHECK(ending.kind == row.ending);
-        CHECK(ending.message.substr(0, std::string(row.message).size()) == row.message);
+        rigs.push_back(
+            std::make_unique<CameraRig>(std::make_shared<TestCamera>(row.elements, Pacing::Live, passing)));
+        rigs.back()->start();
+    }
+    for (std::size_t index = 0; index < rigs.size(); ++index) {
+        CAPTURE(rows[index].how);
+        REQUIRE(rigs[index]->events->waitFor(Kind::Stopped));
+        const SessionEvent ending = rigs[index]->events->at(rigs[index]->events->size() - 2);
+        CHECK(ending.kind == rows[index].ending);
+        CHECK(ending.message.starts_with(rows[index].message));
     }
 }
 
 TEST_CASE("a session starts and stops as often as one likes, and may be let go of while it runs")
 {
-    CameraRig rig(std::make_shared<TestCamera>(liveCamera, Pacing::Live));
+    const auto camera = std::make_shared<TestCamera>(liveCamera, Pacing::Live);
+    camera->device = "/dev/video-test";
+    CameraRig rig(camera);
     for (std::size_t count = 1; count <= 10; ++count) {
         rig.start();
         REQUIRE(rig.events->waitFor(Kind::Started, count));
@@ -225,8 +237,8 @@ TEST_CASE("a session starts and stops as often as one likes, and may be let go o
         } else {
             rig.session->stopRunning();
         }
-        REQUIRE(rig.events->waitFor(Kind::Stopped, count));
     }
+    REQUIRE(rig.events->waitFor(Kind::Stopped, 10));
     CHECK(rig.events->size() == 20);
 
     rig.makeSession();
@@ -237,23 +249,31 @@ TEST_CASE("a session starts and stops as often as one likes, and may be let go o
     CHECK_FALSE(rig.session->isRunning());
 }
 
-TEST_CASE("a session without a camera, and a device that is none, are refused clearly")
+TEST_CASE("a still keeps none of the camera's buffers while it is encoded")
 {
-    struct Stranger final : CaptureDevice {
-        [[nodiscard]] std::string localizedName() const override { return "Stranger"; }
-        [[nodiscard]] DevicePosition position() const override { return DevicePosition::Back; }
-        [[nodiscard]] std::vector<CaptureFormat> formats() const override { return {}; }
-        Result<> lockForConfiguration() override { return {}; }
-        void setFocusPointOfInterest(Point) override {}
-        void setFocusMode(FocusMode) override {}
-        void unlockForConfiguration() override {}
-    };
+    struct HeldQueue final : DispatchQueue {
+        using DispatchQueue::DispatchQueue;
+        std::vector<Work> held;
+        void async(Work work) override { held.push_back(std::move(work)); }
+        bool sync(const Work &) override { return false; }
+        void asyncAfter(std::chrono::nanoseconds, Work) override {}
+    } queue("encoding");
+    const auto stills = std::make_shared<StillRequests>(queue);
+    const auto photos = std::make_shared<PhotoLog>();
+    const auto bytes = std::make_shared<Bytes>(6);
+    VideoFrame frame{PixelFormat::GRAY8, 3, 2, {{{bytes->data(), 3}}}, {}, {}, {}, bytes};
+    stills->request(photos);
+    stills->offer(std::exchange(frame, {}));
+    CHECK(bytes.use_count() == 1);
+    queue.held.at(0)();
+    CHECK(photos->waitFor(1));
+}
+
+TEST_CASE("a session without a camera is refused clearly")
+{
     AsioQueues queues;
     GstCapture capture({queues, nullptr});
     CHECK_FALSE(capture.defaultDevice(DeviceType::BuiltInWideAngleCamera, DevicePosition::Back));
-    const auto input = capture.makeDeviceInput(std::make_shared<Stranger>());
-    REQUIRE_FALSE(input);
-    CHECK(input.error().message == "Stranger is not a camera that can be read here");
     const auto session = capture.makeSession();
     const auto events = std::make_shared<EventLog>();
     session->setEventHandler([events](const SessionEvent &event) { events->add(event); });

@@ -28,27 +28,27 @@ struct FakePhotoLibrary final : PhotoLibrary {
 
 } // namespace
 
-TEST_CASE("a photo goes to the photo library when auto-save is on and access is given")
+TEST_CASE_FIXTURE(CaptureFixture,
+                  "a photo goes to the photo library when auto-save is on and access is given")
 {
-    CaptureFixture capture;
     FakePhotoLibrary library;
-    LogManager log(capture.time, capture.console);
-    AutoSave autoSave({library, capture.console, capture.app, log});
+    LogManager log(time, console);
+    AutoSave autoSave({library, console, app, log});
     const Image photo = *Image::fromData(onePixelPng());
     int permissionsMissed = 0;
     const auto handOver = [&] { autoSave.handOver(photo, 1234.5, [&] { ++permissionsMissed; }); };
 
     handOver();
     CHECK(library.asked.empty());
-    CHECK(capture.console.lines().empty());
+    CHECK(console.lines().empty());
 
-    capture.app.setAutoSave(true);
-    capture.console.clear();
+    app.setAutoSave(true);
+    console.clear();
     handOver();
     REQUIRE(library.asked.size() == 1);
-    REQUIRE(capture.console.lines().size() == 1); // logged before the answer
-    CHECK(capture.console.lines()[0].starts_with("Logged event: photo_auto_saved with parameters: "));
-    capture.console.clear();
+    REQUIRE(console.lines().size() == 1); // logged before the answer
+    CHECK(console.lines()[0].starts_with("Logged event: photo_auto_saved with parameters: "));
+    console.clear();
 
     // One answer after the other, as for as many photos.
     library.asked[0](AuthorizationStatus::Denied);
@@ -60,6 +60,6 @@ TEST_CASE("a photo goes to the photo library when auto-save is on and access is 
     library.asked[0](AuthorizationStatus::Authorized);
     CHECK(permissionsMissed == 2);
     CHECK(library.assetDates == std::vector<double>{1234.5, 1234.5});
-    CHECK(capture.console.lines() == Lines{"Fotoğraf başarıyla galeriye kaydedildi.",
-                                           "Fotoğraf galeriye kaydedilemedi: no space left on the device"});
+    CHECK(console.lines() == Lines{"Fotoğraf başarıyla galeriye kaydedildi.",
+                                   "Fotoğraf galeriye kaydedilemedi: no space left on the device"});
 }

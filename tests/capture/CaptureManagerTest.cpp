@@ -42,41 +42,40 @@ TEST_CASE("setting up says what could be had and goes on with it")
     }
 }
 
-TEST_CASE("detection arms two seconds after start")
+TEST_CASE_FIXTURE(CaptureFixture, "detection arms two seconds after start")
 {
-    CaptureFixture capture;
-    capture.manager->start();
+    manager->start();
     SUBCASE("a flash before that takes no photo, but is seen")
     {
-        capture.time.advance(1999ms);
-        capture.show({51, 255});
-        CHECK(capture.screen->lightPowers == std::vector<double>{0.2, 1.0});
-        CHECK(capture.measured[1].difference == doctest::Approx(0.8));
-        capture.time.advance(1ms);
-        capture.show({255});
-        CHECK(capture.photoRequests() == 0);
+        time.advance(1999ms);
+        show({51, 255});
+        CHECK(screen->lightPowers == std::vector<double>{0.2, 1.0});
+        CHECK(measured[1].difference == doctest::Approx(0.8));
+        time.advance(1ms);
+        show({255});
+        CHECK(photoRequests() == 0);
     }
     SUBCASE("a flash after that takes one photo")
     {
-        capture.time.advance(2000ms);
-        capture.show({51, 255, 255});
-        CHECK(capture.photoRequests() == 1);
-        CHECK(capture.console.lines().back() == "Fotoğraf çekme işlemi başlatıldı.");
+        time.advance(2000ms);
+        show({51, 255, 255});
+        CHECK(photoRequests() == 1);
+        CHECK(console.lines().back() == "Fotoğraf çekme işlemi başlatıldı.");
     }
     SUBCASE("a stop does not cancel it: the next run is armed early, or at once")
     {
-        capture.time.advance(500ms);
-        capture.manager->setRunningStatus(false);
-        capture.session()->stopRunning();
+        time.advance(500ms);
+        manager->setRunningStatus(false);
+        session()->stopRunning();
         SUBCASE("early")
         {
-            capture.manager->start();
+            manager->start();
         }
         SUBCASE("at once") {}
-        capture.time.advance(1499ms);
-        CHECK_FALSE(capture.manager->runningStatus());
-        capture.time.advance(1ms);
-        CHECK(capture.manager->runningStatus());
+        time.advance(1499ms);
+        CHECK_FALSE(manager->runningStatus());
+        time.advance(1ms);
+        CHECK(manager->runningStatus());
     }
 }
 
@@ -107,174 +106,170 @@ TEST_CASE("only a rise greater than the threshold from one frame to the next tri
     }
 }
 
-TEST_CASE("threshold and interval start from the settings, brightness where the last run left it")
+TEST_CASE_FIXTURE(CaptureFixture,
+                  "threshold and interval start from the settings, brightness where the last run left it")
 {
-    CaptureFixture capture;
-    capture.app.setSensivity(0.3F);
-    capture.app.setFrequency(0.333);
-    capture.manager = capture.make();
-    CHECK(capture.manager->brightnessThreshold() == 0.30000001192092896);
-    CHECK(capture.manager->captureInterval() == 0.333);
+    app.setSensivity(0.3F);
+    app.setFrequency(0.333);
+    manager = make();
+    CHECK(manager->brightnessThreshold() == 0.30000001192092896);
+    CHECK(manager->captureInterval() == 0.333);
 
-    capture.startArmed();
-    capture.show({10});
-    capture.startArmed();
-    capture.show({200});
-    CHECK(capture.photoRequests() == 1);
+    startArmed();
+    show({10});
+    startArmed();
+    show({200});
+    CHECK(photoRequests() == 1);
 }
 
-TEST_CASE("a frame without a picture is skipped, one that cannot be read counts as black")
+TEST_CASE_FIXTURE(CaptureFixture,
+                  "a frame without a picture is skipped, one that cannot be read counts as black")
 {
-    CaptureFixture capture;
-    capture.startArmed();
-    capture.show({100});
-    capture.session()->show(VideoFrame{});
-    capture.show({120});
-    CHECK(capture.console.lines() == Lines{"Pixel buffer alınamadı."});
-    CHECK(capture.photoRequests() == 0);
+    startArmed();
+    show({100});
+    session()->show(VideoFrame{});
+    show({120});
+    CHECK(console.lines() == Lines{"Pixel buffer alınamadı."});
+    CHECK(photoRequests() == 0);
 
     VideoFrame unreadable = greyFrame(0);
     unreadable.format = PixelFormat::Jpeg;
-    capture.session()->show(unreadable);
-    capture.show({120});
-    CHECK(capture.screen->lightPowers[2] == 0.0);
-    CHECK(capture.photoRequests() == 1);
+    session()->show(unreadable);
+    show({120});
+    CHECK(screen->lightPowers[2] == 0.0);
+    CHECK(photoRequests() == 1);
 }
 
-TEST_CASE("photos are further apart than the interval")
+TEST_CASE_FIXTURE(CaptureFixture, "photos are further apart than the interval")
 {
-    CaptureFixture capture;
     const std::string tooEarly = "Fotoğraf çekme aralığına henüz ulaşılmadı.";
     SUBCASE("a trigger that comes too early, or exactly then, changes nothing")
     {
-        capture.startArmed();
-        capture.show({0, 100});
-        capture.console.clear();
-        capture.time.advance(500ms);
-        capture.show({0, 100});
-        capture.time.advance(500ms);
-        capture.show({0, 200});
-        CHECK(capture.console.lines() == Lines{tooEarly, tooEarly});
-        CHECK(capture.measured.back().triggered);
-        CHECK_FALSE(capture.measured.back().captured);
-        capture.time.advance(1ms);
-        capture.show({0, 100});
-        CHECK(capture.photoRequests() == 2);
-        CHECK(capture.measured.back().captured);
+        startArmed();
+        show({0, 100});
+        console.clear();
+        time.advance(500ms);
+        show({0, 100});
+        time.advance(500ms);
+        show({0, 200});
+        CHECK(console.lines() == Lines{tooEarly, tooEarly});
+        CHECK(measured.back().triggered);
+        CHECK_FALSE(measured.back().captured);
+        time.advance(1ms);
+        show({0, 100});
+        CHECK(photoRequests() == 2);
+        CHECK(measured.back().captured);
     }
     SUBCASE("a trigger without a photo output starts an interval too")
     {
-        capture.camera.refuses.photoOutput = true;
-        capture.startArmed();
-        capture.show({0, 100, 0, 100});
-        CHECK(capture.console.lines() == Lines{"Photo output bulunamadı.", tooEarly});
+        camera.refuses.photoOutput = true;
+        startArmed();
+        show({0, 100, 0, 100});
+        CHECK(console.lines() == Lines{"Photo output bulunamadı.", tooEarly});
     }
 }
 
-TEST_CASE("a photo is stored, then reported on main with the rise of the latest trigger")
+TEST_CASE_FIXTURE(CaptureFixture,
+                  "a photo is stored, then reported on main with the rise of the latest trigger")
 {
-    CaptureFixture capture;
-    capture.startArmed();
-    capture.show({0, 51});
-    capture.time.advance(1001ms);
-    capture.show({0, 102});
-    REQUIRE(capture.photoRequests() == 2);
-    capture.console.clear();
+    startArmed();
+    show({0, 51});
+    time.advance(1001ms);
+    show({0, 102});
+    REQUIRE(photoRequests() == 2);
+    console.clear();
     const auto png = std::make_shared<const Bytes>(onePixelPng());
-    FakePhotoOutput &output = *capture.camera.photoOutput;
+    FakePhotoOutput &output = *camera.photoOutput;
 
     SUBCASE("two in flight")
     {
         output.deliver(png, Error{"camera", 5, "not looked at"});
-        CHECK(capture.photos().photoCount() == 1);
+        CHECK(photos().photoCount() == 1);
         output.deliver(png);
-        CHECK(capture.screen->reports.empty());
-        capture.time.runUntilIdle();
-        CHECK(capture.screen->reports ==
+        CHECK(screen->reports.empty());
+        time.runUntilIdle();
+        CHECK(screen->reports ==
               Lines{"Fireworks detected! for 1 s", "photo of 1 px, 1 in all, rise 0.400000",
                     "Fireworks detected! for 1 s", "photo of 1 px, 2 in all, rise 0.400000"});
-        CHECK(**capture.photos().fetchImages(1).at(0).image.pngData() == *png);
+        CHECK(**photos().fetchImages(1).at(0).image.pngData() == *png);
     }
     SUBCASE("nobody to report to")
     {
-        capture.screen.reset();
+        screen.reset();
         output.deliver(png);
-        capture.time.runUntilIdle();
-        CHECK(capture.photos().photoCount() == 1);
+        time.runUntilIdle();
+        CHECK(photos().photoCount() == 1);
     }
     SUBCASE("no data, or half of it")
     {
         output.deliver(nullptr, Error{"camera", 5, "the camera is gone"});
         output.deliver(std::make_shared<const Bytes>(png->begin(), png->begin() + std::ssize(*png) / 2));
-        capture.time.runUntilIdle();
+        time.runUntilIdle();
         const std::string noData = "Fotoğraf verisi alınamadı.";
-        CHECK(capture.console.lines() == Lines{noData, noData});
-        CHECK(capture.screen->reports.empty());
-        CHECK(capture.photos().photoCount() == 0);
+        CHECK(console.lines() == Lines{noData, noData});
+        CHECK(screen->reports.empty());
+        CHECK(photos().photoCount() == 0);
     }
 }
 
-TEST_CASE("a manager that is gone starts and takes nothing")
+TEST_CASE_FIXTURE(CaptureFixture, "a manager that is gone starts and takes nothing")
 {
-    CaptureFixture capture;
-    capture.manager->start();
-    const auto session = capture.session();
+    manager->start();
+    const auto started = session();
     SUBCASE("before its session was started")
     {
-        capture.manager.reset();
-        capture.time.advance(5s);
-        CHECK_FALSE(session->isRunning());
-        CHECK(capture.console.lines().back() == "Capture session başlatıldı.");
+        manager.reset();
+        time.advance(5s);
+        CHECK_FALSE(started->isRunning());
+        CHECK(console.lines().back() == "Capture session başlatıldı.");
     }
     SUBCASE("between the trigger and the request")
     {
-        capture.time.advance(2s);
-        capture.show({0});
-        session->show(greyFrame(100));
-        capture.time.mainQueue().async([&] { capture.manager.reset(); }); // its delivery still holds it
-        capture.time.runUntilIdle();
-        CHECK(capture.measured.back().captured);
-        CHECK(capture.photoRequests() == 0);
+        time.advance(2s);
+        show({0});
+        started->show(greyFrame(100));
+        time.mainQueue().async([&] { manager.reset(); }); // its delivery still holds it
+        time.runUntilIdle();
+        CHECK(measured.back().captured);
+        CHECK(photoRequests() == 0);
     }
 }
 
-TEST_CASE("a session that has been replaced is neither started nor heard of")
+TEST_CASE_FIXTURE(CaptureFixture, "a session that has been replaced is neither started nor heard of")
 {
-    CaptureFixture capture;
-    capture.manager->start();
-    const auto first = capture.session();
+    manager->start();
+    const auto first = session();
     first->eventHandler({SessionEvent::Kind::Lost, "Fake", "the camera is gone"});
-    CHECK(capture.screen->reports.empty());
-    capture.time.runUntilIdle();
-    CHECK(capture.screen->reports == Lines{"the camera is gone"});
+    CHECK(screen->reports.empty());
+    time.runUntilIdle();
+    CHECK(screen->reports == Lines{"the camera is gone"});
 
     first->eventHandler({SessionEvent::Kind::Stopped, "Fake", "too late"});
-    capture.manager->start();
+    manager->start();
     first->show(greyFrame(1));
-    const auto second = capture.session();
-    capture.manager->start();
-    capture.time.runUntilIdle();
-    CHECK(capture.screen->reports.size() == 1);
-    CHECK(capture.measured.empty());
+    const auto second = session();
+    manager->start();
+    time.runUntilIdle();
+    CHECK(screen->reports.size() == 1);
+    CHECK(measured.empty());
     CHECK_FALSE(second->isRunning());
 }
 
-TEST_CASE("focusing sets the point, then focuses once; a camera that is taken is left alone")
+TEST_CASE_FIXTURE(CaptureFixture,
+                  "focusing sets the point, then focuses once; a camera that is taken is left alone")
 {
-    CaptureFixture capture;
-    capture.manager->focus({0.25, 0.75});
-    capture.camera.device->lockError = Error{"v4l2", 16, "the camera is busy"};
-    capture.manager->focus({0.5, 0.5});
-    CHECK(capture.camera.device->log == "lock point 0.250000 0.750000 mode 1 unlock");
-    CHECK(capture.console.lines() == Lines{"Odak ayarlamada hata: the camera is busy (v4l2 16)"});
+    manager->focus({0.25, 0.75});
+    camera.device->lockError = Error{"v4l2", 16, "the camera is busy"};
+    manager->focus({0.5, 0.5});
+    CHECK(camera.device->log == "lock point 0.250000 0.750000 mode 1 unlock");
+    CHECK(console.lines() == Lines{"Odak ayarlamada hata: the camera is busy (v4l2 16)"});
 }
 
-TEST_CASE("frames are measured to the end although main has closed")
+TEST_CASE_FIXTURE(CaptureFixture, "frames are measured to the end although main has closed")
 {
-    CaptureFixture capture;
-    capture.startArmed();
-    capture.time.close(capture.time.mainQueue());
-    capture.show({0, 100});
-    CHECK(capture.photoRequests() == 1);
-    CHECK(capture.screen->lightPowers.empty());
+    startArmed();
+    time.closeMain();
+    show({0, 100});
+    CHECK(photoRequests() == 1);
+    CHECK(screen->lightPowers.empty());
 }

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -24,12 +25,16 @@ ChildProcess::ChildProcess(const std::vector<std::string> &command)
         arguments.push_back(const_cast<char *>(argument.c_str()));
     arguments.push_back(nullptr);
 
+    const pid_t test = getpid();
     pid_ = fork();
     if (pid_ < 0)
         std::abort();
     if (pid_ == 0) {
         dup2(pipeEnds[1], STDOUT_FILENO);
         dup2(errors_, STDERR_FILENO);
+        // It goes with the test, also when that crashes.
+        if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != test)
+            _exit(127);
         execvp(arguments[0], arguments.data());
         _exit(127);
     }

@@ -10,6 +10,8 @@
 namespace skyflare {
 
 /// A program that a test runs: its standard output line by line, its standard error whole.
+///
+/// It ends, at the latest, with the thread that started it.
 class ChildProcess {
 public:
     /// Aborts the test where the program cannot be started.

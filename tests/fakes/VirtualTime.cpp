@@ -102,17 +102,8 @@ namespace {
 
 using State = VirtualTime::State;
 
-class Closable {
-public:
-    Closable() = default;
-    Closable(const Closable &) = delete;
-    Closable &operator=(const Closable &) = delete;
-    virtual ~Closable() = default;
-    virtual void close() = 0;
-};
-
 /// The part that serial and concurrent queues share.
-template <typename Base> class VirtualQueue : public Base, public Closable {
+template <typename Base> class VirtualQueue : public Base {
 public:
     VirtualQueue(std::string label, std::shared_ptr<State> time)
         : Base(std::move(label)), time_(std::move(time))
@@ -143,14 +134,14 @@ public:
         time->run(queue.get(), work);
         return true;
     }
-    void close() override { time_->close(*queue_); }
+    void close() { time_->close(*queue_); }
 
 protected:
-    [[nodiscard]] bool isInnermost() const
+    /// Whether its work is running; `outside` where no queue's is.
+    [[nodiscard]] bool isInnermost(bool outside) const
     {
-        return !time_->stack.empty() && time_->stack.back() == queue_.get();
+        return time_->stack.empty() ? outside : time_->stack.back() == queue_.get();
     }
-    [[nodiscard]] bool isOutside() const { return time_->stack.empty(); }
 
 private:
     std::shared_ptr<State> time_;
@@ -160,13 +151,13 @@ private:
 class VirtualSerialQueue final : public VirtualQueue<SerialQueue> {
 public:
     using VirtualQueue::VirtualQueue;
-    [[nodiscard]] bool isCurrent() const override { return isInnermost(); }
+    [[nodiscard]] bool isCurrent() const override { return isInnermost(false); }
 };
 
 class VirtualMainQueue final : public VirtualQueue<SerialQueue> {
 public:
     using VirtualQueue::VirtualQueue;
-    [[nodiscard]] bool isCurrent() const override { return isInnermost() || isOutside(); }
+    [[nodiscard]] bool isCurrent() const override { return isInnermost(true); }
 };
 
 } // namespace
@@ -176,7 +167,7 @@ VirtualTime::VirtualTime(double startSecondsSince1970)
       main_(std::make_shared<VirtualMainQueue>("main", state_)),
       global_(std::make_shared<VirtualQueue<DispatchQueue>>("user-initiated", state_))
 {
-    setSecondsSince1970(startSecondsSince1970);
+    state_->secondsSince1970AtStart = startSecondsSince1970;
 }
 
 VirtualTime::~VirtualTime()
@@ -194,11 +185,6 @@ void VirtualTime::advance(nanoseconds duration)
 void VirtualTime::runUntilIdle()
 {
     state_->runAll(state_->now);
-}
-
-void VirtualTime::setSecondsSince1970(double seconds)
-{
-    state_->secondsSince1970AtStart = seconds - std::chrono::duration<double>(state_->now).count();
 }
 
 double VirtualTime::secondsSince1970() const
@@ -227,9 +213,9 @@ std::shared_ptr<SerialQueue> VirtualTime::makeSerialQueue(std::string label)
     return std::make_shared<VirtualSerialQueue>(std::move(label), state_);
 }
 
-void VirtualTime::close(DispatchQueue &queue)
+void VirtualTime::closeMain()
 {
-    dynamic_cast<Closable &>(queue).close();
+    static_cast<VirtualMainQueue &>(*main_).close();
 }
 
 } // namespace skyflare

@@ -30,8 +30,6 @@ public:
     /// Runs all work that is due now, until there is none left. No time passes.
     void runUntilIdle();
 
-    /// Sets the wall clock, as a user would; uptime goes on as before.
-    void setSecondsSince1970(double seconds);
     [[nodiscard]] double secondsSince1970() const override;
     [[nodiscard]] double secondsOfUptime() const override;
 
@@ -39,8 +37,8 @@ public:
     [[nodiscard]] DispatchQueue &globalUserInitiated() override;
     [[nodiscard]] std::shared_ptr<SerialQueue> makeSerialQueue(std::string label) override;
 
-    /// Closes a queue of this time: what it has accepted still runs, timers not yet due are dropped.
-    void close(DispatchQueue &queue);
+    /// Closes the main queue: what it has accepted still runs, timers not yet due are dropped.
+    void closeMain();
 
     struct State; ///< shared with the queues
 

@@ -60,7 +60,7 @@ struct Announced {
     void checkIn(const std::filesystem::path &folder) const
     {
         VirtualTime time;
-        StoreUser user(folder, time.globalUserInitiated(), time);
+        StoreUser user(folder, time);
         REQUIRE(user.loaded);
         Lines whole;
         for (const PhotoModel &photo : user.photos.fetchImages(0)) {
@@ -92,11 +92,8 @@ std::optional<Lines> runWithOwnDisks(const std::string &script, const std::files
 
 } // namespace
 
-TEST_CASE("what could not be saved counts, is fetched, and goes with the next save")
+TEST_CASE_FIXTURE(StoreFixture, "what could not be saved counts, is fetched, and goes with the next save")
 {
-    const TemporaryFolder folder;
-    VirtualTime time;
-    StoreUser user(folder.path(), time.globalUserInitiated(), time);
     user.photos.saveImage(noise(1));
     CHECK(user.takePosts() == 1);
     const std::string first = user.uuids().at(0);
@@ -118,7 +115,7 @@ TEST_CASE("what could not be saved counts, is fetched, and goes with the next sa
     CHECK(user.uuids(1) == Lines{both[0].uuid});
 
     REQUIRE(execute(*other, "ROLLBACK"));
-    StoreUser another(folder.path(), time.globalUserInitiated(), time);
+    StoreUser another(folder.path(), time);
     CHECK(another.photos.photoCount() == 1);
     SUBCASE("of a photo")
     {
@@ -183,7 +180,7 @@ TEST_CASE("a file that is not ours is refused and stays as it is")
         row.make(file);
         const auto before = contents();
         {
-            const StoreUser user(folder.path(), time.globalUserInitiated(), time);
+            const StoreUser user(folder.path(), time);
             REQUIRE_FALSE(user.loaded);
             CHECK(user.loaded.error().description() == row.message);
             CHECK(user.loaded.error().userInfo.at("path") == file.string());
@@ -193,7 +190,7 @@ TEST_CASE("a file that is not ours is refused and stays as it is")
     const TemporaryFolder folder;
     VirtualTime time;
     write(folder / "file", "no folder");
-    const StoreUser user(folder / "file" / "store", time.globalUserInitiated(), time);
+    const StoreUser user(folder / "file" / "store", time);
     CHECK_FALSE(user.loaded);
 }
 
@@ -209,7 +206,7 @@ TEST_CASE("several processes may make one store at the same time, and use it")
             CHECK(saver.wait() == 0);
         }
         VirtualTime time;
-        StoreUser user(folder / "store", time.globalUserInitiated(), time);
+        StoreUser user(folder / "store", time);
         CHECK(user.photos.fetchImages(0).size() == 12);
     }
 }

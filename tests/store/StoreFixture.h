@@ -47,6 +47,11 @@ public:
     {
     }
 
+    StoreUser(const std::filesystem::path &folder, VirtualTime &time)
+        : StoreUser(folder, time.globalUserInitiated(), time)
+    {
+    }
+
     RecordingConsole console;
     NotificationCenter center;
 
@@ -84,6 +89,13 @@ public:
         if (const auto saved = context().save(); !saved)
             console.printLine(saved.error().description());
     }
+};
+
+/// A store in a folder of its own, in virtual time.
+struct StoreFixture {
+    TemporaryFolder folder;
+    VirtualTime time;
+    StoreUser user{folder.path(), time};
 };
 
 } // namespace skyflare

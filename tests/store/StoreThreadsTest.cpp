@@ -10,17 +10,25 @@
 using namespace skyflare;
 using namespace std::chrono_literals;
 
-TEST_CASE("reading waits for no writer")
-{
-    const TemporaryFolder folder;
-    const VirtualTime clock;
+namespace {
+
+/// A store that real threads use.
+struct ThreadsFixture {
+    TemporaryFolder folder;
+    VirtualTime clock;
     AsioQueues queues;
-    StoreUser user(folder.path(), queues.globalUserInitiated(), clock, 60s);
+    StoreUser user{folder.path(), queues.globalUserInitiated(), clock, 60s};
+};
+
+} // namespace
+
+TEST_CASE_FIXTURE(ThreadsFixture, "reading waits for no writer")
+{
     user.photos.saveImage(noise(1));
     const auto other = *Database::open(user.persistentContainer().file(), OpenMode::Write, 0ms);
     REQUIRE(other->execute("BEGIN IMMEDIATE; DELETE FROM PhotoEntity"));
 
-    auto save = std::async(std::launch::async, [&user] { user.photos.saveImage(noise(2)); });
+    auto save = std::async(std::launch::async, [this] { user.photos.saveImage(noise(2)); });
     while (user.context().insertedObjects().empty() || user.photos.photoCount() < 2)
         std::this_thread::yield(); // until the save is under way, and waits for the other's lock
     const auto both = user.photos.fetchImages(0);
@@ -34,36 +42,30 @@ TEST_CASE("reading waits for no writer")
     CHECK(user.uuids() == std::vector{both[0].uuid, both[1].uuid});
 }
 
-TEST_CASE("what a thread has not filled yet, no other thread saves")
+TEST_CASE_FIXTURE(StoreFixture, "what a thread has not filled yet, no other thread saves")
 {
-    const TemporaryFolder folder;
-    VirtualTime time;
-    StoreUser user(folder.path(), time.globalUserInitiated(), time);
     const auto object = user.context().insertNewObject("PhotoEntity");
     object->setValue("half", "uuid");
     const auto onAnotherThread = [](auto work) { return std::async(std::launch::async, work).get(); };
-    onAnotherThread([&user] { user.photos.saveImage(noise(1)); });
-    CHECK(onAnotherThread([&user] { return user.photos.photoCount(); }) == 1);
+    onAnotherThread([this] { user.photos.saveImage(noise(1)); });
+    CHECK(onAnotherThread([this] { return user.photos.photoCount(); }) == 1);
     CHECK(user.photos.photoCount() == 2);
     CHECK(user.context().insertedObjects().size() == 1);
     object->setValue(1.0, "createdDate");
     CHECK(user.context().save());
-    StoreUser other(folder.path(), time.globalUserInitiated(), time);
+    StoreUser other(folder.path(), time);
     const auto rows = other.context().executeFetchRequest(
         {.entityName = "PhotoEntity", .predicate = FetchRequest::Equality{"uuid", "half"}});
     REQUIRE(rows->size() == 1);
     CHECK(rows->front()->valueForKey("createdDate") == AttributeValue(1.0));
 }
 
-TEST_CASE("photos saved by several threads at once all come, and the count never goes back")
+TEST_CASE_FIXTURE(ThreadsFixture,
+                  "photos saved by several threads at once all come, and the count never goes back")
 {
-    const TemporaryFolder folder;
-    const VirtualTime clock;
-    AsioQueues queues;
-    StoreUser user(folder.path(), queues.globalUserInitiated(), clock, 60s);
     std::vector<std::future<void>> savers;
     for (std::uint32_t saver = 0; saver < 4; ++saver)
-        savers.push_back(std::async(std::launch::async, [&user, saver] {
+        savers.push_back(std::async(std::launch::async, [this, saver] {
             for (std::uint32_t number = 0; number < 12; ++number)
                 user.photos.saveImage(noise(saver * 100 + number));
         }));
@@ -82,12 +84,8 @@ TEST_CASE("photos saved by several threads at once all come, and the count never
     CHECK(user.console.lines().empty());
 }
 
-TEST_CASE("a record that is fetched while its row is deleted stays whole")
+TEST_CASE_FIXTURE(ThreadsFixture, "a record that is fetched while its row is deleted stays whole")
 {
-    const TemporaryFolder folder;
-    const VirtualTime clock;
-    AsioQueues queues;
-    StoreUser user(folder.path(), queues.globalUserInitiated(), clock, 60s);
     std::atomic<bool> ended = false;
     auto deleter = std::async(std::launch::async, [&] {
         for (std::uint32_t round = 0; round < 30; ++round) {

@@ -82,16 +82,6 @@ void countChanges()
     put("ftruncate", &truncateOrDie);
 }
 
-std::string newestUuid(StoreUser &user)
-{
-    const auto rows =
-        user.context().executeFetchRequest({.entityName = photoEntityName,
-                                            .sortDescriptor = SortDescriptor{orderOfInsertion, false},
-                                            .fetchLimit = 1,
-                                            .includesPendingChanges = false});
-    return std::get<std::string>(rows->front()->valueForKey(photoKeys::uuid));
-}
-
 void deleteAll(StoreUser &user)
 {
     print("deleting");
@@ -106,10 +96,10 @@ void crash(const std::filesystem::path &folder, long atChange)
     countChanges();
     VirtualTime time;
     {
-        StoreUser user(folder, time.globalUserInitiated(), time);
+        StoreUser user(folder, time);
         for (const int kilobytes : {3, 100, 30, 60}) {
             user.photos.saveImage(noise(1, kilobytes));
-            print(newestUuid(user));
+            print(user.uuids(1).at(0));
             if (kilobytes == 100) {
                 time.advance(10s);
                 deleteAll(user);
@@ -130,7 +120,7 @@ void saveForEver(const std::filesystem::path &folder)
         images.push_back(noise(1, megabytes * 1000));
     for (std::size_t number = 1; true; ++number) {
         user.photos.saveImage(images[number % images.size()]);
-        print(newestUuid(user));
+        print(user.uuids(1).at(0));
         if (number % 8 == 0)
             deleteAll(user);
     }
@@ -140,7 +130,7 @@ void fillDisk(const std::filesystem::path &folder)
 {
     using namespace std::chrono_literals;
     VirtualTime time;
-    StoreUser user(folder / "store", time.globalUserInitiated(), time);
+    StoreUser user(folder / "store", time);
     user.photos.saveImage(noise(1, 2000));
     printState(user);
     const auto fillUp = [&] {
@@ -180,11 +170,7 @@ void saveTwo(const std::filesystem::path &folder)
 void useReadOnly(const std::filesystem::path &folder)
 {
     VirtualTime time;
-    StoreUser user(folder / "store", time.globalUserInitiated(), time);
-    if (!user.loaded) {
-        print(user.loaded.error().description());
-        return;
-    }
+    StoreUser user(folder / "store", time);
     printState(user);
     user.photos.saveImage(noise(3));
     user.photos.deletePhoto(user.photos.fetchImages(0).back().uuid);

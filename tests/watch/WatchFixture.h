@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tests/fakes/ChildProcess.h"
-#include "tests/fakes/TemporaryFolder.h"
+#include "tests/fakes/Films.h"
 
 #include <nlohmann/json.hpp>
 
@@ -12,9 +12,7 @@
 namespace skyflare {
 
 /// Where and what the tests of the whole program run.
-struct WatchFixture {
-    TemporaryFolder folder;
-
+struct WatchFixture : Films {
     /// The program with its files in a folder of the test's own.
     [[nodiscard]] std::vector<std::string> command(std::vector<std::string> arguments) const
     {
@@ -26,24 +24,9 @@ struct WatchFixture {
     /// `bright`, an expression of ffmpeg's over the frame number N, is 1. @return its path
     [[nodiscard]] std::string film(const std::string &name, int frames, const std::string &bright) const
     {
-        std::string path = (folder / name).string();
-        const int status =
-            runProgram({"ffmpeg",    "-v",
-                        "error",     "-y",
-                        "-f",        "lavfi",
-                        "-i",        "nullsrc=s=320x180:r=30",
-                        "-vf",       "geq=lum='40+mod(X*7+Y*3+N,16)+120*(" + bright + ")':cb=128:cr=128",
-                        "-frames:v", std::to_string(frames),
-                        "-c:v",      "libx264",
-                        "-bf",       "2",
-                        "-g",        "30",
-                        "-crf",      "12",
-                        "-pix_fmt",  "yuv420p",
-                        "-movflags", "+faststart",
-                        path});
-        if (status != 0)
-            throw std::runtime_error("ffmpeg could not encode the film");
-        return path;
+        return make(name, "-f lavfi -i \"nullsrc=s=320x180:r=30,geq=lum='40+mod(X*7+Y*3+N,16)+120*(" +
+                              bright + ")':cb=128:cr=128\" -frames:v " + std::to_string(frames) +
+                              " -c:v libx264 -bf 2 -g 30 -crf 12 -pix_fmt yuv420p -movflags +faststart");
     }
 
     [[nodiscard]] std::filesystem::path database() const { return folder / "data/data/Storage.sqlite"; }

@@ -1,0 +1,192 @@
+// Cameras of a PipeWire that runs for these tests alone: found, run, lost, and found again.
+
+#include "platform/camera/CameraMonitor.h"
+#include "platform/image/Image.h"
+#include "tests/camera/CameraRig.h"
+#include "tests/fakes/PrivatePipeWire.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <thread>
+
+using namespace skyflare;
+using Kind = SessionEvent::Kind;
+
+namespace {
+
+/// One for the process, as the monitor is, and there before it.
+PrivatePipeWire &pipeWire()
+{
+    static PrivatePipeWire running;
+    return running;
+}
+
+bool waitUntil(const std::function<bool()> &isTrue)
+{
+    const auto until = std::chrono::steady_clock::now() + deadline;
+    while (!isTrue() && std::chrono::steady_clock::now() < until)
+        std::this_thread::yield();
+    return isTrue();
+}
+
+/// A camera that has just come: the monitor may take a moment to hear of it.
+std::shared_ptr<CameraSource> cameraNamed(const std::string &name)
+{
+    REQUIRE(waitUntil([&name] { return bool(CameraMonitor::shared().cameraNamed(name)); }));
+    return *CameraMonitor::shared().cameraNamed(name);
+}
+
+/// Starts `rig` and waits for its first picture, or until there is none. @return the event that says so
+SessionEvent startAndWait(CameraRig &rig)
+{
+    const std::size_t before = rig.events->size();
+    rig.start();
+    std::unique_lock lock(rig.events->mutex);
+    const bool isDecided =
+        rig.events->changed.wait_for(lock, deadline, [&] { return rig.events->events.size() > before; });
+    return isDecided ? rig.events->events[before] : SessionEvent{Kind::Stopped, {}, "nothing happened", {}};
+}
+
+/// How the run ended.
+SessionEvent waitForEnd(CameraRig &rig, Kind kind)
+{
+    REQUIRE(rig.events->waitFor(kind));
+    REQUIRE(rig.events->waitFor(Kind::Stopped));
+    const std::scoped_lock lock(rig.events->mutex);
+    return *std::ranges::find(rig.events->events, kind, &SessionEvent::kind);
+}
+
+bool isNear(int value, int wanted, int tolerance)
+{
+    return std::abs(value - wanted) <= tolerance;
+}
+
+} // namespace
+
+TEST_CASE("a camera is found, measured and photographed, whatever its pictures are made of")
+{
+    const Films films;
+    const auto jpeg = films.make("dark.jpg", "-f lavfi -i color=c=0x204060:s=322x182 -frames:v 1");
+    struct Row {
+        const char *name;
+        PrivatePipeWire::Pictures pictures;
+        int tolerance; ///< steps of red
+    };
+    const Row rows[] = {
+        {"Night RGBx", {}, 0},
+        {"Night I420", {.format = "I420", .width = 323, .height = 181, .rate = 25}, 1},
+        {"Night JPEG", {.format = "JPEG", .width = 322, .height = 182, .file = jpeg}, 2},
+    };
+    for (const Row &row : rows) {
+        CAPTURE(row.name);
+        const auto shown = pipeWire().camera(row.name, row.pictures);
+        const auto camera = cameraNamed(row.name);
+        CHECK(camera->localizedName() == row.name);
+        const bool isJpeg = row.pictures.format == "JPEG";
+        REQUIRE(camera->formats().size() == 1);
+        CHECK(camera->formats()[0].width == row.pictures.width);
+        CHECK(camera->formats()[0].framesPerSecond == (row.pictures.rate));
+
+        const auto photos = std::make_shared<PhotoLog>();
+        CameraRig rig(camera);
+        rig.frames->seen = [&](const VideoFrame &) {
+            const auto &reds = rig.frames->reds;
+            if (reds.size() == 1 || (reds.back() > 200 && reds[reds.size() - 2] < 200))
+                rig.photoOutput->capturePhoto({}, photos);
+        };
+        const SessionEvent started = startAndWait(rig);
+        REQUIRE_MESSAGE(started.kind == Kind::Started, started.message);
+        CHECK(started.format.height == row.pictures.height);
+        REQUIRE(photos->waitFor(isJpeg ? 1 : 2)); // of JPEG there is one picture only
+        rig.session->stopRunning();
+        REQUIRE(rig.events->waitFor(Kind::Stopped));
+        REQUIRE(rig.videoQueue->sync([] {}));
+
+        CHECK(std::ranges::all_of(rig.frames->reds, [&row](int red) {
+            return isNear(red, 32, row.tolerance) || isNear(red, 255, row.tolerance);
+        }));
+        CHECK(std::ranges::any_of(rig.frames->reds, [](int red) { return red < 200; }));
+        CHECK((isJpeg || rig.frames->times.back() > std::chrono::milliseconds(500)));
+        const auto encoded = photos->photos[0].fileDataRepresentation();
+        REQUIRE_MESSAGE(encoded, photos->error);
+        CHECK((encoded->at(0) == 0xff) == isJpeg); // kept as it came
+        const auto photo = Image::fromData(*encoded);
+        REQUIRE(photo);
+        CHECK(photo->width() == row.pictures.width);
+        CHECK(photo->height() == row.pictures.height);
+    }
+}
+
+TEST_CASE("a camera starts ten times in a row")
+{
+    const auto shown = pipeWire().camera("Often");
+    CameraRig rig(cameraNamed("Often"));
+    for (std::size_t run = 1; run <= 10; ++run) {
+        CAPTURE(run);
+        const SessionEvent started = startAndWait(rig);
+        REQUIRE_MESSAGE(started.kind == Kind::Started, started.message);
+        rig.session->stopRunning();
+        REQUIRE(rig.events->waitFor(Kind::Stopped, run));
+    }
+    CHECK(rig.events->size() == 20);
+}
+
+TEST_CASE("a camera that goes is lost, and the same one starts when it is back")
+{
+    for (const bool withAllOthers : {false, true}) {
+        CAPTURE(withAllOthers);
+        const std::string name = withAllOthers ? "Goes With All" : "Comes And Goes";
+        auto shown = pipeWire().camera(name);
+        VideoFrame inHand; // as by a slow delegate or an encoder: it is good whatever becomes of the camera
+        CameraRig rig(cameraNamed(name));
+        rig.frames->seen = [&inHand](const VideoFrame &frame) {
+            if (!inHand.owner)
+                inHand = frame;
+        };
+        REQUIRE(startAndWait(rig).kind == Kind::Started);
+        if (withAllOthers)
+            pipeWire().killDaemon();
+        else
+            shown.reset();
+        const SessionEvent lost = waitForEnd(rig, Kind::Lost);
+        CHECK(lost.device == name);
+        CHECK(lost.message.starts_with(name));
+        REQUIRE(rig.videoQueue->sync([] {}));
+        CHECK(averageRed(inHand) == rig.frames->reds.front());
+
+        REQUIRE(waitUntil([&name] { return !CameraMonitor::shared().cameraNamed(name); }));
+        const SessionEvent missing = startAndWait(rig);
+        CHECK(missing.kind == Kind::Failed);
+        CHECK(missing.message == name + " is not connected");
+        REQUIRE(rig.events->waitFor(Kind::Stopped, 2));
+
+        if (withAllOthers)
+            pipeWire().start();
+        shown = pipeWire().camera(name);
+        CHECK(cameraNamed(name)->identity() == rig.camera->identity());
+        CHECK(startAndWait(rig).kind == Kind::Started);
+    }
+}
+
+TEST_CASE("a camera whose pictures cannot be had is refused, and does not spoil the next one")
+{
+    auto shown = pipeWire().camera("Fickle");
+    CameraRig changed(cameraNamed("Fickle"));
+    shown = pipeWire().camera("Fickle", {.format = "H264"});
+    REQUIRE(waitUntil([] { return !CameraMonitor::shared().cameraNamed("Fickle"); }));
+    const auto stubborn = pipeWire().camera("Stubborn", {.format = "Refused"});
+    CameraRig refusing(cameraNamed("Stubborn"));
+
+    for (CameraRig *rig : {&changed, &refusing}) {
+        const SessionEvent refused = startAndWait(*rig);
+        CHECK(refused.kind == Kind::Failed);
+        CHECK(refused.message ==
+              (rig == &changed ? "Fickle is not connected" : "Stubborn gives no pictures"));
+        REQUIRE(rig->events->waitFor(Kind::Stopped));
+    }
+    const auto good = pipeWire().camera("Steady");
+    CameraRig next(cameraNamed("Steady"));
+    CHECK(startAndWait(next).kind == Kind::Started);
+}
