@@ -1,0 +1,73 @@
+#include "bench/Machine.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <fstream>
+#include <limits>
+
+namespace skyflare::bench {
+
+double now()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+double processorSeconds()
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+std::uint64_t peakMemory()
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string key; status >> key;) {
+        std::uint64_t kibibytes = 0;
+        if (key == "VmHWM:" && status >> kibibytes)
+            return kibibytes * 1024;
+        status.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+    }
+    return 0;
+}
+
+void forgetPeak()
+{
+    std::ofstream("/proc/self/clear_refs") << "5";
+}
+
+double writeAndSync(const std::filesystem::path &folder, const Bytes &bytes)
+{
+    const auto path = folder / "yardstick";
+    const double start = now();
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (file < 0)
+        return -1;
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
+        if (written <= 0)
+            break;
+        done += static_cast<std::size_t>(written);
+    }
+    const bool isSynced = fsync(file) == 0;
+    const double taken = now() - start;
+    close(file);
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+    return isSynced && done == bytes.size() ? taken : -1;
+}
+
+std::string megabytes(std::uint64_t bytes)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.*f MB", bytes < 100'000'000 ? 1 : 0,
+                  static_cast<double>(bytes) / 1e6);
+    return text;
+}
+
+} // namespace skyflare::bench

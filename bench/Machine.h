@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/base/Bytes.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace skyflare::bench {
+
+/// Seconds of a clock that never goes back.
+double now();
+
+/// Processor time of all threads of this process so far, in seconds.
+double processorSeconds();
+
+/// The most memory that this process has had at once since the start, or since forgetPeak(). Bytes.
+std::uint64_t peakMemory();
+void forgetPeak();
+
+/// Writes `bytes` to a new file in `folder` and syncs it, as a program does that only wants them to be safe.
+/// @return how long that took, in seconds; less than 0 if it failed.
+double writeAndSync(const std::filesystem::path &folder, const Bytes &bytes);
+
+/// "12.3 MB", in millions of bytes.
+std::string megabytes(std::uint64_t bytes);
+
+} // namespace skyflare::bench
