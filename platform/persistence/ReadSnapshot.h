@@ -2,7 +2,7 @@
 
 #include "platform/persistence/ManagedObject.h"
 #include "platform/persistence/StoreParts.h"
-#include "platform/persistence/Transaction.h"
+#include "platform/sqlite/Transaction.h"
 
 #include <memory>
 #include <vector>

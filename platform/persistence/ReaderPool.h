@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/persistence/Database.h"
+#include "platform/sqlite/Database.h"
 
 #include <memory>
 #include <mutex>

@@ -1,6 +1,6 @@
 #include "platform/persistence/StoreFile.h"
 
-#include "platform/persistence/Transaction.h"
+#include "platform/sqlite/Transaction.h"
 
 #include <sqlite3.h>
 #include <system_error>

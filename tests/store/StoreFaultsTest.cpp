@@ -1,5 +1,5 @@
 #include "platform/base/Files.h"
-#include "platform/persistence/Transaction.h"
+#include "platform/sqlite/Transaction.h"
 #include "tests/fakes/ChildProcess.h"
 #include "tests/store/StoreFixture.h"
 

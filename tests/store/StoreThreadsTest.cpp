@@ -1,5 +1,5 @@
 #include "platform/base/AsioQueues.h"
-#include "platform/persistence/Database.h"
+#include "platform/sqlite/Database.h"
 #include "tests/store/StoreFixture.h"
 
 #include <doctest/doctest.h>

@@ -1,4 +1,4 @@
-#include "platform/persistence/Transaction.h"
+#include "platform/sqlite/Transaction.h"
 
 namespace skyflare {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/persistence/Statement.h"
+#include "platform/sqlite/Statement.h"
 
 #include <chrono>
 #include <filesystem>

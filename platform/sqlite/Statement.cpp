@@ -1,6 +1,6 @@
-#include "platform/persistence/Statement.h"
+#include "platform/sqlite/Statement.h"
 
-#include "platform/persistence/Database.h"
+#include "platform/sqlite/Database.h"
 
 #include <sqlite3.h>
 

@@ -1,4 +1,4 @@
-#include "platform/persistence/Database.h"
+#include "platform/sqlite/Database.h"
 
 #include <sqlite3.h>
 
