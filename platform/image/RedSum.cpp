@@ -2,6 +2,8 @@
 
 #include "platform/image/YcbcrConversion.h"
 
+#include <utility>
+
 // This file includes itself again and again, once for each instruction set.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/image/RedSum.cpp"
@@ -196,18 +198,28 @@ template <typename... Reds> std::uint64_t sumOfRows(std::size_t width, const Red
     return sum;
 }
 
-/// Reads the upper and the lower half at once, because the memory serves two places faster than one.
-template <typename Reds> std::uint64_t sumOfFrame(const VideoFrame &frame)
+/// The memory serves several places faster than one; two make 1.24 times the time to read, six 1.12.
+using Places = std::make_index_sequence<6>;
+
+/// The red of a frame that is read in as many places at once.
+template <typename Reds, std::size_t... place>
+std::uint64_t sumOfFrame(const VideoFrame &frame, std::index_sequence<place...> /*places*/)
 {
     const YcbcrConversion conversion = ycbcrConversion(frame.matrix, frame.range);
     const auto width = static_cast<std::size_t>(frame.width);
-    const int half = frame.height / 2;
+    const auto reds = [&](int y) { return Reds(frame, y, conversion); };
+    const int rows = frame.height / static_cast<int>(sizeof...(place)); // of one place
     std::uint64_t sum = 0;
-    for (int y = 0; y < half; ++y)
-        sum += sumOfRows(width, Reds(frame, y, conversion), Reds(frame, half + y, conversion));
-    if (frame.height % 2 == 1)
-        sum += sumOfRows(width, Reds(frame, frame.height - 1, conversion));
+    for (int y = 0; y < rows; ++y)
+        sum += sumOfRows(width, reds(static_cast<int>(place) * rows + y)...);
+    for (int y = static_cast<int>(sizeof...(place)) * rows; y < frame.height; ++y)
+        sum += sumOfRows(width, reds(y));
     return sum;
+}
+
+template <typename Reds> std::uint64_t sumOfFrame(const VideoFrame &frame)
+{
+    return sumOfFrame<Reds>(frame, Places());
 }
 
 std::uint64_t redSum(const VideoFrame &frame)
