@@ -34,6 +34,7 @@ public:
 
     /// Calls `removed` when the device is taken away, on any thread, once at most; until what this returns is
     /// let go of. Empty for what cannot be taken away.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): a device keeps what it is given
     [[nodiscard]] virtual std::shared_ptr<void> whenRemoved(std::function<void()> /*removed*/) const
     {
         return {};
