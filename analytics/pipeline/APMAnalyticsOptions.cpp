@@ -1,0 +1,158 @@
+#include "analytics/pipeline/APMAnalyticsOptions.h"
+
+#include "platform/base/Files.h"
+#include "platform/base/PropertyList.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string_view>
+#include <variant>
+
+namespace skyflare {
+
+namespace {
+
+using Options = APMAnalyticsOptions;
+using Field = std::variant<bool Options::*, std::optional<bool> Options::*, std::string Options::*>;
+enum class OptionsFile { Info, MipemeServiceInfo };
+
+struct OptionRow {
+    std::string_view key;
+    OptionsFile file;
+    Field field;
+};
+
+constexpr std::array<OptionRow, 13> optionRows{{
+    {"MIPEME_APP_ID", OptionsFile::MipemeServiceInfo, &Options::appID},
+    {"FIREBASE_ANALYTICS_COLLECTION_ENABLED", OptionsFile::Info, &Options::collectionEnabled},
+    {"FIREBASE_ANALYTICS_COLLECTION_DEACTIVATED", OptionsFile::Info, &Options::collectionDeactivated},
+    {"FirebaseAutomaticScreenReportingEnabled", OptionsFile::Info, &Options::automaticScreenReportingEnabled},
+    {"MIPEME_ANALYTICS_DEFAULT_ALLOW_AD_STORAGE", OptionsFile::Info, &Options::allowAdStorage},
+    {"MIPEME_ANALYTICS_DEFAULT_ALLOW_ANALYTICS_STORAGE", OptionsFile::Info, &Options::allowAnalyticsStorage},
+    {"MIPEME_ANALYTICS_DEFAULT_ALLOW_AD_USER_DATA", OptionsFile::Info, &Options::allowAdUserData},
+    {"MIPEME_ANALYTICS_DEFAULT_ALLOW_AD_PERSONALIZATION_SIGNALS", OptionsFile::Info,
+     &Options::allowAdPersonalizationSignals},
+    {"MIPEME_ANALYTICS_IDFV_COLLECTION_ENABLED", OptionsFile::Info, &Options::idfvCollectionEnabled},
+    {"MIPEME_ANALYTICS_REGISTRATION_WITH_AD_NETWORK_ENABLED", OptionsFile::Info,
+     &Options::registrationWithAdNetworkEnabled},
+    {"MIPEME_ANALYTICS_DEFERRED_DEEP_LINK_ENABLED", OptionsFile::Info, &Options::deferredDeepLinkEnabled},
+    {"MIPEME_ANALYTICS_SGTM_UPLOAD_ENABLED", OptionsFile::Info, &Options::sgtmUploadEnabled},
+    {"MIPEME_ANALYTICS_TCF_DATA_ENABLED", OptionsFile::Info, &Options::tcfDataEnabled},
+}};
+
+constexpr std::string_view configurationKey = "FIREBASE_ANALYTICS_CONFIGURATION";
+
+constexpr int unusableFileCode = 23000;
+constexpr int wrongTypeCode = 23001;
+constexpr int emptyAppIDCode = 23002;
+constexpr std::string_view emptyAppIDText =
+    "Mipeme App ID from MipemeService-Info.plist is empty. Please, define MIPEME_APP_ID in "
+    "MipemeService-Info.plist for Analytics to work reliably. See analytics/pipeline/README.md";
+
+void warn(APMMonitor &monitor, int code, std::string_view text)
+{
+    monitor.log(APMMonitor::Level::Warning, code, text);
+}
+
+Result<PropertyList> readList(const std::filesystem::path &path)
+{
+    const auto bytes = readFile(path);
+    return bytes ? PropertyList::parse(*bytes) : Result<PropertyList>(bytes.error());
+}
+
+PropertyList::Dictionary readFirst(std::span<const std::filesystem::path> folders, const char *name,
+                                   APMMonitor &monitor)
+{
+    for (const auto &folder : folders) {
+        const auto path = folder / name;
+        const auto list = readList(path);
+        if (list && list->as<PropertyList::Dictionary>())
+            return *list->as<PropertyList::Dictionary>();
+        const bool isMissing = !list && list.error().domain == "file" &&
+                               (list.error().code == ENOENT || list.error().code == ENOTDIR);
+        if (!isMissing)
+            warn(monitor, unusableFileCode,
+                 "Options file cannot be used. Path, error: " + path.string() + ", " +
+                     (list ? "not a dictionary" : list.error().message));
+    }
+    return {};
+}
+
+/// True and false, also as the numbers and words that people write into such files by hand.
+std::optional<bool> switchIn(const PropertyList &value)
+{
+    if (const bool *flag = value.as<bool>())
+        return *flag;
+    std::string word;
+    if (const auto *number = value.as<std::int64_t>())
+        word = std::to_string(*number);
+    else if (const auto *text = value.as<std::string>())
+        word = *text;
+    // As a table: what a locale thinks of upper and lower case is of no concern here.
+    constexpr std::array<std::string_view, 6> yes{"YES", "Yes", "yes", "TRUE", "true", "1"};
+    constexpr std::array<std::string_view, 6> no{"NO", "No", "no", "FALSE", "false", "0"};
+    const bool isYes = std::ranges::find(yes, word) != yes.end();
+    return isYes || std::ranges::find(no, word) != no.end() ? std::optional(isYes) : std::nullopt;
+}
+
+/// False if the value is of another type.
+bool assign(const PropertyList &value, Options &options, const Field &field)
+{
+    if (const auto *text = std::get_if<std::string Options::*>(&field)) {
+        if (const auto *given = value.as<std::string>())
+            options.*(*text) = *given;
+        return value.as<std::string>() != nullptr;
+    }
+    const auto given = switchIn(value);
+    if (!given)
+        return false;
+    if (const auto *flag = std::get_if<bool Options::*>(&field))
+        options.*(*flag) = *given;
+    else
+        options.*std::get<std::optional<bool> Options::*>(field) = given;
+    return true;
+}
+
+void apply(const PropertyList::Dictionary &values, std::optional<OptionsFile> file, Options &options,
+           APMMonitor &monitor)
+{
+    for (const OptionRow &row : optionRows) {
+        const auto found = values.find(row.key);
+        if (found == values.end() || (file && row.file != *file))
+            continue;
+        if (!assign(found->second, options, row.field))
+            warn(monitor, wrongTypeCode,
+                 "Option has a value of the wrong type and is passed over. Key: " + std::string(row.key));
+    }
+}
+
+} // namespace
+
+APMAnalyticsOptions APMAnalyticsOptions::load(std::span<const std::filesystem::path> folders,
+                                              APMMonitor &monitor)
+{
+    APMAnalyticsOptions options;
+    apply(readFirst(folders, mipemeServiceInfoFile, monitor), OptionsFile::MipemeServiceInfo, options,
+          monitor);
+    const PropertyList::Dictionary info = readFirst(folders, infoFile, monitor);
+    apply(info, OptionsFile::Info, options, monitor);
+    if (const auto found = info.find(configurationKey); found != info.end()) {
+        if (const auto *configuration = found->second.as<PropertyList::Dictionary>())
+            apply(*configuration, {}, options, monitor); // it may say everything
+        else
+            warn(monitor, wrongTypeCode,
+                 "Option has a value of the wrong type and is passed over. Key: " +
+                     std::string(configurationKey));
+    }
+    if (options.appID.empty())
+        warn(monitor, emptyAppIDCode, emptyAppIDText);
+    return options;
+}
+
+bool isCollectionEnabled(const APMAnalyticsOptions &options, std::optional<bool> choice)
+{
+    return !options.collectionDeactivated && choice.value_or(options.collectionEnabled);
+}
+
+} // namespace skyflare

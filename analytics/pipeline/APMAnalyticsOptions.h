@@ -1,0 +1,53 @@
+#pragma once
+
+#include "analytics/model/APMMonitor.h"
+
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace skyflare {
+
+inline constexpr const char *infoFile = "Info.plist";
+inline constexpr const char *mipemeServiceInfoFile = "MipemeService-Info.plist";
+
+/// How a deployer has set up the engine. What no file says is as it stands here; whatever would read or send
+/// more than the events themselves is off unless it is asked for.
+///
+/// Threads: any; a value.
+struct APMAnalyticsOptions {
+    std::string appID;
+
+    bool collectionEnabled = true; ///< until the user or the app chooses
+    bool collectionDeactivated = false;
+    bool automaticScreenReportingEnabled = true;
+
+    /// Consent before anybody has been asked; nothing: neither given nor denied.
+    std::optional<bool> allowAdStorage;
+    std::optional<bool> allowAnalyticsStorage;
+    std::optional<bool> allowAdUserData;
+    std::optional<bool> allowAdPersonalizationSignals;
+
+    bool idfvCollectionEnabled = false;
+    bool registrationWithAdNetworkEnabled = false;
+    bool deferredDeepLinkEnabled = false;
+    bool sgtmUploadEnabled = false;
+    bool tcfDataEnabled = false;
+
+    bool operator==(const APMAnalyticsOptions &) const = default;
+
+    /// Reads both files, in XML or binary. Each is taken from the first folder that has a sound one: a file
+    /// that is damaged or cannot be read is reported and counts as missing. What
+    /// "FIREBASE_ANALYTICS_CONFIGURATION" in Info.plist says goes before all else. A value of the wrong type
+    /// is reported and passed over, and an empty app id is reported.
+    /// @param folders  the one that goes before the others first
+    static APMAnalyticsOptions load(std::span<const std::filesystem::path> folders, APMMonitor &monitor);
+};
+
+/// Whether events are recorded: never where collection is deactivated, else as was chosen last, else as the
+/// options say.
+/// @param choice  what setAnalyticsCollectionEnabled: has persisted, if it was ever called
+[[nodiscard]] bool isCollectionEnabled(const APMAnalyticsOptions &options, std::optional<bool> choice);
+
+} // namespace skyflare

@@ -1,0 +1,157 @@
+#include "analytics/pipeline/EventTally.h"
+
+#include <algorithm>
+#include <iterator>
+#include <numeric>
+#include <span>
+#include <string_view>
+
+namespace skyflare {
+
+namespace {
+
+enum class Side { EventIn, EventEnd, RowIn, RowOut, Part };
+
+struct EntryRow {
+    LedgerEntry entry;
+    Side side;
+    std::string_view label;
+};
+
+constexpr std::array<EntryRow, ledgerEntryCount> entryRows{{
+    {LedgerEntry::Accepted, Side::EventIn, "events accepted"},
+    {LedgerEntry::Raised, Side::EventIn, "events raised by the engine"},
+    {LedgerEntry::Disabled, Side::EventEnd, "  dropped, collection was off"},
+    {LedgerEntry::Refused, Side::EventEnd, "  refused"},
+    {LedgerEntry::LimitedAll, Side::EventEnd, "  over the day's limit of events"},
+    {LedgerEntry::LimitedError, Side::EventEnd, "  over the day's limit of error events"},
+    {LedgerEntry::LimitedPublic, Side::EventEnd, "  over the day's limit of public events"},
+    {LedgerEntry::LimitedNames, Side::EventEnd, "  over the limit of event names"},
+    {LedgerEntry::Failed, Side::EventEnd, "  not taken by the database"},
+    {LedgerEntry::Abandoned, Side::EventEnd, "  left behind at the end"},
+    {LedgerEntry::Stored, Side::EventEnd, "  stored"},
+    {LedgerEntry::Found, Side::RowIn, "rows found at start"},
+    {LedgerEntry::Trimmed, Side::RowOut, "  trimmed"},
+    {LedgerEntry::Stale, Side::RowOut, "  deleted as stale"},
+    {LedgerEntry::Wiped, Side::RowOut, "  wiped by a reset"},
+    {LedgerEntry::Lost, Side::RowOut, "  lost with a damaged database"},
+    {LedgerEntry::Bundled, Side::RowOut, "  bundled for upload"},
+    {LedgerEntry::PartsRefused, Side::Part, "parameters and properties refused"},
+}};
+static_assert(std::ranges::all_of(entryRows, [](const EntryRow &row) {
+    return &row - entryRows.data() == long(row.entry);
+}));
+
+constexpr std::array<std::string_view, apmErrorCodeCount> errorNames{
+    "NoError",
+    "InvalidGMPAppID",
+    "InvalidEventName",
+    "InvalidParameterName",
+    "InvalidParameterValue",
+    "ParameterLimitReached",
+    "InvalidUserPropertyName",
+    "UserPropertyValueTooLong",
+    "EventLimitReached",
+    "UserPropertyLimitReached",
+    "ConversionEventLimitReached",
+    "EventIsBlocked",
+    "UserPropertyIsBlocked",
+    "EventNameIsReserved",
+    "ParameterNameIsReserved",
+    "UserPropertyNameIsReserved",
+    "PublicEventLimitReached",
+    "TooManyExtraParamEvents",
+    "ValueIsNotNumeric",
+    "CurrencyCodeIsMissingOrInvalid",
+    "InvalidArrayParamName",
+    "InvalidArrayParamEventName",
+    "InvalidArrayParamNesting",
+    "CustomParamsInArrayElement",
+    "ItemScopedCustomParameterLimitReached",
+};
+
+constexpr std::array<std::string_view, failureCodeCount> failureNames{
+    "valid, but over a limit", "missing",           "too long",
+    "illegal characters",      "reserved",          "wrong type",
+    "not forwarded",           "too short",         "not numeric",
+    "bad currency code",       "array not allowed", "wrong array name",
+    "too many items",          "nested array",      "item is no dictionary",
+};
+
+std::uint64_t sum(std::span<const std::uint64_t> counts)
+{
+    return std::accumulate(counts.begin(), counts.end(), std::uint64_t{0});
+}
+
+std::uint64_t sumOf(const EventTally &tally, Side side)
+{
+    std::uint64_t total = 0;
+    for (const EntryRow &row : entryRows)
+        total += row.side == side ? tally.count(row.entry) : 0;
+    return total;
+}
+
+Result<> same(std::string_view what, std::uint64_t counted, std::uint64_t seen)
+{
+    if (counted == seen)
+        return {};
+    return Error{"ledger", 1,
+                 std::string(what) + ": counted " + std::to_string(static_cast<std::int64_t>(counted)) +
+                     ", but there are " + std::to_string(seen)};
+}
+
+std::string line(std::string_view label, std::uint64_t count)
+{
+    constexpr std::size_t column = 50;
+    std::string text(label);
+    text.resize(std::max(column, text.size() + 1), ' ');
+    return text + std::to_string(count);
+}
+
+void appendCodes(std::vector<std::string> &lines, std::string_view heading,
+                 std::span<const std::uint64_t> counts, std::span<const std::string_view> names)
+{
+    for (std::size_t code = 0; code < counts.size(); ++code)
+        if (counts[code] > 0)
+            lines.push_back(
+                line(std::string(heading) + " " + std::to_string(code) + ", " + std::string(names[code]),
+                     counts[code]));
+}
+
+} // namespace
+
+std::int64_t EventTally::underWay() const
+{
+    return static_cast<std::int64_t>(sumOf(*this, Side::EventIn) - sumOf(*this, Side::EventEnd));
+}
+
+std::int64_t EventTally::waitingRows() const
+{
+    return static_cast<std::int64_t>(sumOf(*this, Side::RowIn) + count(LedgerEntry::Stored) -
+                                     sumOf(*this, Side::RowOut));
+}
+
+Result<> EventTally::balance(std::uint64_t eventsUnderWay, std::uint64_t rowsThatWait) const
+{
+    const std::uint64_t refused = count(LedgerEntry::Refused) + count(LedgerEntry::PartsRefused);
+    const Result<> checks[] = {
+        same("events under way", static_cast<std::uint64_t>(underWay()), eventsUnderWay),
+        same("rows that wait", static_cast<std::uint64_t>(waitingRows()), rowsThatWait),
+        same("refusals by error code", sum(refusalsByError), refused),
+        same("refusals by failure code", sum(refusalsByFailure), refused),
+    };
+    const auto *const broken = std::ranges::find_if_not(checks, &Result<>::has_value);
+    return broken == std::end(checks) ? Result<>() : *broken;
+}
+
+std::vector<std::string> EventTally::lines() const
+{
+    std::vector<std::string> lines;
+    std::ranges::transform(entryRows, std::back_inserter(lines),
+                           [this](const EntryRow &row) { return line(row.label, count(row.entry)); });
+    appendCodes(lines, "  refused with error", refusalsByError, errorNames);
+    appendCodes(lines, "  refused for failure", refusalsByFailure, failureNames);
+    return lines;
+}
+
+} // namespace skyflare

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "analytics/model/APMFailureCode.h"
+#include "platform/base/Result.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace skyflare {
+
+/// What the engine counts. The order is that of the table in EventTally.cpp, and the order in which it
+/// happens to one event: into the engine, to one end, into a row, out of it.
+enum class LedgerEntry {
+    // Events that came in.
+    Accepted, ///< from a caller, before anything is known of it
+    Raised,   ///< by the engine itself: "_err" and its like
+    // Their ends. Each event comes to exactly one.
+    Disabled, ///< collection was off
+    Refused,  ///< the whole event, for its name or origin
+    LimitedAll,
+    LimitedError,
+    LimitedPublic,
+    LimitedNames, ///< one name too many
+    Failed,       ///< the database could not take it
+    Abandoned,    ///< it came after the end, or the end did not wait for it
+    Stored,       ///< its row is committed
+    // Rows of waiting events, beside those stored.
+    Found, ///< in the database when it was opened
+    // Where rows went.
+    Trimmed, ///< there were too many
+    Stale,   ///< too old, or too far in the future
+    Wiped,   ///< by a reset
+    Lost,    ///< with a database that had to be made anew
+    Bundled, ///< into a bundle for upload
+    // No events: parameters and user properties.
+    PartsRefused,
+};
+inline constexpr std::size_t ledgerEntryCount = 18;
+inline constexpr std::size_t apmErrorCodeCount = 25;
+inline constexpr std::size_t failureCodeCount = 15;
+
+/// What the ledger had counted at one moment.
+///
+/// Three equations hold at every moment when the engine rests:
+///
+///     accepted + raised == disabled + refused + limited (all four) + failed + abandoned + stored + under way
+///     found + stored    == trimmed + stale + wiped + lost + bundled + rows that wait
+///     refused + parts refused == the sum over error codes == the sum over failure codes
+///
+/// "Under way" and "rows that wait" are what is seen from outside: the operations that the queues hold, and
+/// the rows that the database counts.
+///
+/// Threads: any; a value.
+struct EventTally {
+    std::array<std::uint64_t, ledgerEntryCount> entries{};
+    std::array<std::uint64_t, apmErrorCodeCount> refusalsByError{};
+    std::array<std::uint64_t, failureCodeCount> refusalsByFailure{};
+
+    [[nodiscard]] std::uint64_t count(LedgerEntry entry) const { return entries[std::size_t(entry)]; }
+    /// Those that came in, without those that came to an end. Below 0 only if something is wrong.
+    [[nodiscard]] std::int64_t underWay() const;
+    /// The rows that should be waiting. Below 0 only if something is wrong.
+    [[nodiscard]] std::int64_t waitingRows() const;
+
+    /// The error names the first equation that does not hold, with both of its sides.
+    [[nodiscard]] Result<> balance(std::uint64_t eventsUnderWay, std::uint64_t rowsThatWait) const;
+
+    /// For a person: one count a line, those by code only where there are any.
+    [[nodiscard]] std::vector<std::string> lines() const;
+
+    bool operator==(const EventTally &) const = default;
+};
+
+} // namespace skyflare
