@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -28,7 +29,7 @@ std::vector<std::string> socketPaths()
     for (const std::string &folder : {environment("PIPEWIRE_RUNTIME_DIR"), environment("XDG_RUNTIME_DIR"),
                                       std::string("/run/pipewire")}) {
         if (!folder.empty())
-            paths.push_back(folder + "/" + name);
+            paths.push_back(std::filesystem::path(folder) / name);
     }
     return paths;
 }
