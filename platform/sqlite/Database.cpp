@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 namespace skyflare {
@@ -48,11 +50,13 @@ void closeDatabase(sqlite3 *database)
 }
 
 Result<std::unique_ptr<Database>> Database::open(const std::filesystem::path &path, OpenMode mode,
-                                                 std::chrono::milliseconds busyTimeout)
+                                                 std::chrono::milliseconds busyTimeout,
+                                                 const std::string &files)
 {
     const std::string name = mode == OpenMode::Immutable ? immutableUri(path) : path.string();
     sqlite3 *handle = nullptr;
-    const int code = sqlite3_open_v2(name.c_str(), &handle, flagsOf(mode), nullptr);
+    const int code =
+        sqlite3_open_v2(name.c_str(), &handle, flagsOf(mode), files.empty() ? nullptr : files.c_str());
     auto database = std::make_unique<Database>(path, handle);
     if (code != SQLITE_OK)
         return database->error();
@@ -78,11 +82,28 @@ Result<Statement> Database::prepare(std::string_view sql)
         idle_.erase(found);
         return Statement(*this, std::move(kept));
     }
-    sqlite3_stmt *compiled = nullptr;
+    auto first = compile(sql);
+    if (!first)
+        return first.error();
+    for (std::string_view rest = first->rest; !rest.empty();) { // comments and semicolons may follow
+        const auto next = compile(rest);
+        if (!next || next->statement)
+            return Error{"SQLite", SQLITE_MISUSE, "Query contained more than one SQL statement."};
+        rest = next->rest;
+    }
+    if (!first->statement)
+        return Error{"SQLite", SQLITE_MISUSE, "Query contained no SQL statement."};
+    return Statement(*this, std::move(first->statement));
+}
+
+Result<Database::Compiled> Database::compile(std::string_view sql)
+{
+    sqlite3_stmt *statement = nullptr;
+    const char *rest = nullptr;
     if (sqlite3_prepare_v3(handle(), sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT,
-                           &compiled, nullptr) != SQLITE_OK)
+                           &statement, &rest) != SQLITE_OK)
         return error();
-    return Statement(*this, StatementHandle(compiled));
+    return Compiled{StatementHandle(statement), sql.substr(static_cast<std::size_t>(rest - sql.data()))};
 }
 
 void Database::keep(StatementHandle statement)
@@ -117,6 +138,28 @@ void Database::setCheckpointsOnClose(bool checkpoints)
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, checkpoints ? 0 : 1, nullptr);
 }
 
+Result<> Database::readThrough() const
+{
+    const auto failed = [this](int code) {
+        return Error{"SQLite", code & 0xff, sqlite3_errstr(code), {{"path", path_.string()}}};
+    };
+    sqlite3_file *file = nullptr;
+    const int found = sqlite3_file_control(handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    if (found != SQLITE_OK || !file || !file->pMethods)
+        return failed(found == SQLITE_OK ? SQLITE_CANTOPEN : found);
+    sqlite3_int64 size = 0;
+    if (const int code = file->pMethods->xFileSize(file, &size); code != SQLITE_OK)
+        return failed(code);
+    std::array<char, 65536> part{};
+    for (sqlite3_int64 offset = 0; offset < size; offset += static_cast<sqlite3_int64>(part.size())) {
+        const auto length = std::min(size - offset, static_cast<sqlite3_int64>(part.size()));
+        const int code = file->pMethods->xRead(file, part.data(), static_cast<int>(length), offset);
+        if (code != SQLITE_OK)
+            return failed(code);
+    }
+    return {};
+}
+
 bool Database::isReadOnly() const
 {
     return sqlite3_db_readonly(handle(), "main") == 1;
@@ -130,6 +173,17 @@ bool Database::isInTransaction() const
 std::int64_t Database::lastInsertedRow() const
 {
     return sqlite3_last_insert_rowid(handle());
+}
+
+std::int64_t Database::changedRows() const
+{
+    return sqlite3_changes64(handle());
+}
+
+bool Database::hasMoved() const
+{
+    int moved = 0;
+    return sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
 }
 
 Error Database::error() const

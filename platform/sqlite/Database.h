@@ -29,13 +29,16 @@ enum class Checkpoint {
 /// Threads: any, one at a time. Outlives its statements, blobs and transactions.
 class Database {
 public:
+    /// @param files  SQLite's name of what reads and writes files; empty: the system's own
     static Result<std::unique_ptr<Database>> open(const std::filesystem::path &path, OpenMode mode,
-                                                  std::chrono::milliseconds busyTimeout);
+                                                  std::chrono::milliseconds busyTimeout,
+                                                  const std::string &files = {});
 
     /// Runs one or several statements; rows are passed over.
     Result<> execute(const std::string &sql);
 
-    /// A statement that is compiled once and then reused; for a text that comes again.
+    /// A statement that is compiled once and then reused; for a text that comes again. A text that holds none
+    /// or more than one is refused.
     Result<Statement> prepare(std::string_view sql);
 
     /// The first column of the first row; 0 if there is no row or no integer in it.
@@ -45,9 +48,16 @@ public:
     /// Whether closing the file's last connection moves the log into the file; as a rule it does.
     void setCheckpointsOnClose(bool checkpoints);
 
+    /// Whether every byte of the file can be read: SQLite may take a disk that does not answer for damage.
+    Result<> readThrough() const;
+
     [[nodiscard]] bool isReadOnly() const;
     [[nodiscard]] bool isInTransaction() const;
     [[nodiscard]] std::int64_t lastInsertedRow() const;
+    /// By the last statement that inserts, updates or deletes.
+    [[nodiscard]] std::int64_t changedRows() const;
+    /// Whether the file is no longer at the path that it was opened at: moved or deleted.
+    [[nodiscard]] bool hasMoved() const;
 
     /// What the last call that failed says. Domain "SQLite"; userInfo has "path" and "extendedCode".
     [[nodiscard]] Error error() const;
@@ -63,6 +73,11 @@ private:
     Handle<sqlite3, &closeDatabase> handle_;
     std::map<std::string, StatementHandle, std::less<>> idle_;
 
+    struct Compiled {
+        StatementHandle statement; ///< none where the text holds but comments
+        std::string_view rest;
+    };
+    Result<Compiled> compile(std::string_view sql);
     void keep(StatementHandle statement);
 };
 

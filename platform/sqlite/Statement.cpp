@@ -89,4 +89,24 @@ std::optional<std::string> Statement::text(int column) const
     return characters ? std::string(characters, length) : std::string();
 }
 
+std::optional<std::span<const std::uint8_t>> Statement::bytes(int column) const
+{
+    if (sqlite3_column_type(handle_.get(), column) != SQLITE_BLOB)
+        return {};
+    const auto *bytes = static_cast<const std::uint8_t *>(sqlite3_column_blob(handle_.get(), column));
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(handle_.get(), column));
+    return std::span(bytes, bytes ? size : 0);
+}
+
+int Statement::columnCount() const
+{
+    return sqlite3_column_count(handle_.get());
+}
+
+std::string Statement::columnName(int column) const
+{
+    const char *name = sqlite3_column_name(handle_.get(), column);
+    return name ? name : "";
+}
+
 } // namespace skyflare

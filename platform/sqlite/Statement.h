@@ -44,6 +44,11 @@ public:
     [[nodiscard]] std::optional<std::int64_t> integer(int column) const;
     [[nodiscard]] std::optional<double> real(int column) const; ///< integers too
     [[nodiscard]] std::optional<std::string> text(int column) const;
+    /// There until the next step.
+    [[nodiscard]] std::optional<std::span<const std::uint8_t>> bytes(int column) const;
+
+    [[nodiscard]] int columnCount() const;
+    [[nodiscard]] std::string columnName(int column) const;
 
 private:
     Database *database_;

@@ -14,11 +14,24 @@ Result<> run(Database &database, std::string_view sql)
     return {};
 }
 
+constexpr std::string_view beginningOf(Transaction::Kind kind)
+{
+    switch (kind) {
+    case Transaction::Kind::Read:
+        return "BEGIN";
+    case Transaction::Kind::Write:
+        return "BEGIN IMMEDIATE";
+    case Transaction::Kind::Exclusive:
+        return "BEGIN EXCLUSIVE TRANSACTION";
+    }
+    return {};
+}
+
 } // namespace
 
 Result<Transaction> Transaction::begin(Database &database, Kind kind)
 {
-    if (const auto begun = run(database, kind == Kind::Write ? "BEGIN IMMEDIATE" : "BEGIN"); !begun)
+    if (const auto begun = run(database, beginningOf(kind)); !begun)
         return begun.error();
     return Transaction(database);
 }
@@ -32,10 +45,16 @@ Transaction::~Transaction()
 
 Result<> Transaction::commit()
 {
-    if (const auto committed = run(*database_, "COMMIT"); !committed)
+    if (const auto committed = run(*database_, "END TRANSACTION"); !committed)
         return committed.error();
     database_ = nullptr;
     return {};
+}
+
+Result<> Transaction::rollback()
+{
+    Database *const database = std::exchange(database_, nullptr);
+    return database && database->isInTransaction() ? run(*database, "ROLLBACK") : Result<>();
 }
 
 } // namespace skyflare

@@ -12,8 +12,9 @@ namespace skyflare {
 class Transaction {
 public:
     enum class Kind {
-        Read,  ///< all statements see the same moment
-        Write, ///< waits for other writers, as long as the connection's busy time-out allows
+        Read,      ///< all statements see the same moment
+        Write,     ///< waits for other writers, as long as the connection's busy time-out allows
+        Exclusive, ///< the same; without a log, it keeps readers out as well
     };
 
     static Result<Transaction> begin(Database &database, Kind kind);
@@ -24,6 +25,8 @@ public:
     ~Transaction();
 
     Result<> commit();
+    /// For who wants to know whether it worked. It did, too, where SQLite had rolled back by itself.
+    Result<> rollback();
 
 private:
     Database *database_;

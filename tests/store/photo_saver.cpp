@@ -8,12 +8,9 @@
 //     photo_saver full FOLDER      goes to the limits of a small disk; FOLDER/filler takes up the rest of it
 //     photo_saver read-only FOLDER uses a store, FOLDER/store, that cannot be written
 #include "platform/base/AsioQueues.h"
+#include "tests/fakes/FileFaults.h"
 #include "tests/store/StoreFixture.h"
 
-#include <sqlite3.h>
-#include <unistd.h>
-
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -46,42 +43,6 @@ void printState(StoreUser &user)
           std::to_string(user.takePosts()) + " posts");
 }
 
-long changes = 0;
-long deadlyChange = 0;
-
-bool isDeadly()
-{
-    return ++changes == deadlyChange;
-}
-
-/// In the place of SQLite's own calls: the deadly one is left half done.
-ssize_t writeOrDie(int file, const void *bytes, std::size_t size, off_t offset)
-{
-    const bool dies = isDeadly();
-    const ssize_t written = pwrite(file, bytes, dies ? size / 2 : size, offset);
-    if (dies)
-        std::raise(SIGKILL);
-    return written;
-}
-
-int truncateOrDie(int file, off_t size)
-{
-    if (isDeadly())
-        std::raise(SIGKILL);
-    return ftruncate(file, size);
-}
-
-void countChanges()
-{
-    sqlite3_vfs *files = sqlite3_vfs_find(nullptr);
-    const auto put = [files](const char *name, auto *function) {
-        files->xSetSystemCall(files, name, reinterpret_cast<sqlite3_syscall_ptr>(function));
-    };
-    put("pwrite", &writeOrDie);
-    put("pwrite64", &writeOrDie);
-    put("ftruncate", &truncateOrDie);
-}
-
 void deleteAll(StoreUser &user)
 {
     print("deleting");
@@ -92,8 +53,7 @@ void deleteAll(StoreUser &user)
 void crash(const std::filesystem::path &folder, long atChange)
 {
     using namespace std::chrono_literals;
-    deadlyChange = atChange;
-    countChanges();
+    fileFaults::plan(fileFaults::Kind::KillAtChange, atChange);
     VirtualTime time;
     {
         StoreUser user(folder, time);
@@ -107,7 +67,7 @@ void crash(const std::filesystem::path &folder, long atChange)
         }
         time.advance(10s);
     }
-    print(std::to_string(changes));
+    print(std::to_string(fileFaults::calls()));
 }
 
 void saveForEver(const std::filesystem::path &folder)

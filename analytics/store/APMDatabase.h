@@ -1,0 +1,179 @@
+#pragma once
+
+#include "analytics/store/APMPersistedConfig.h"
+#include "analytics/store/AppMetadataTable.h"
+#include "analytics/store/BundleQueue.h"
+#include "analytics/store/EventTable.h"
+#include "analytics/store/OwnerLock.h"
+#include "analytics/store/RawEventTable.h"
+#include "analytics/store/StoreLimits.h"
+#include "analytics/store/UserAttributeTable.h"
+#include "platform/base/Clock.h"
+
+namespace skyflare {
+
+inline constexpr std::string_view measurementDatabaseName = "mipeme-app-measurement.sql";
+
+/// The measurement database: events that wait, bundles that wait, and what the engine knows between runs.
+///
+/// What a call that succeeds has stored outlives the process, however that ends; a power failure may take the
+/// last moments with it, never the file. Several calls hold together in performTransactionWithError.
+///
+/// Threads: one at a time: the engine's worker. Owns the file against other processes. Borrows its Services.
+class APMDatabase {
+public:
+    using ExcludeFromBackup = std::function<Result<>(const std::filesystem::path &)>;
+    struct Services {
+        APMMonitor &monitor;
+        const Clock &clock;
+        APMPersistedConfig &persistedConfig;
+        ExcludeFromBackup excludeFromBackup; ///< none: nothing is done
+    };
+
+    /// Makes the file, and folders, that are missing. A file that fails its integrity check, or is no
+    /// database, is deleted and made anew; one that is locked, read-only or on a full disk stays as it is,
+    /// and is an error.
+    // initWithDatabaseName:persistedConfig:error:
+    static Result<std::unique_ptr<APMDatabase>> open(const std::filesystem::path &databaseName,
+                                                     const Services &services, const StoreLimits &limits,
+                                                     const APMSqliteStore::Options &options = {});
+
+    void setLimits(const StoreLimits &limits) { limits_ = limits; }
+    /// After this every call fails with "Database not open".
+    void close() { store_->close(); }
+    /// Whether the file has been moved or deleted while it was open: what is stored then is seen by nobody.
+    [[nodiscard]] bool hasMoved() const;
+
+    Result<> performTransactionWithError(const std::function<Result<>()> &block);
+    /// Takes the newest rows of one table alone: see cappedTables.
+    Result<> insertSubscriptionWithID(std::string_view subscriptionID);
+    Result<> insertPurchaseTransactionWithFingerprint(std::string_view fingerprint);
+
+    /// If the interval has passed since the last time: what is too old, or dated too far ahead, goes.
+    Result<> maybeDeleteStaleData();
+    /// Wipes everything, in one transaction, and out of the file.
+    Result<> reset();
+
+    // Raw events
+
+    Result<> insertIfNotExistsRawEventMetadata(const RawEventMetadata &metadata)
+    {
+        return rawEvents_.insertMetadataIfNotExists(metadata);
+    }
+    Result<std::optional<APMMetadata>> rawEventMetadataWithFingerprint(std::int64_t fingerprint)
+    {
+        return rawEvents_.metadata(fingerprint);
+    }
+    Result<> insertRawEvent(const APMEvent &event, std::int64_t metadataFingerprint, IsRealtime isRealtime)
+    {
+        return rawEvents_.insert(event, metadataFingerprint, isRealtime, limits_.maxStoredEvents);
+    }
+    /// As many as a bundle takes. What the filter refuses is left out, and counts as looked at.
+    Result<RawEvents>
+    rawEventsWithMetadataFingerprint(std::int64_t fingerprint,
+                                     const std::function<bool(const APMEvent &)> &eventFilter = {})
+    {
+        return rawEvents_.events(fingerprint, limits_.maxEventsPerBundle, eventFilter);
+    }
+    /// Nothing: there is no event.
+    Result<std::optional<std::int64_t>> nextMetadataFingerprintToProcess();
+    /// Of that metadata alone: between its events there may be others, which have not been bundled yet.
+    Result<> deleteRawEventsWithMaxRowID(std::int64_t maxRowID, std::int64_t metadataFingerprint)
+    {
+        return rawEvents_.deleteUpTo(maxRowID, metadataFingerprint);
+    }
+    Result<> deleteUnusedRawEventsMetadata() { return rawEvents_.deleteUnusedMetadata(); }
+    Result<std::int64_t> rawEventCount() { return rawEvents_.count(); }
+    Result<bool> isRawEventsEmpty();
+    Result<bool> hasRealtimeRawEvents();
+    Result<std::optional<double>> latestRawEventTimestamp();
+
+    // Bundles
+
+    Result<> insertBundle(const APMMeasurementBundle *bundle, IsRealtime isRealtime)
+    {
+        return bundles_.insert(bundle, isRealtime, services_.clock.secondsSince1970(), limits_.maxQueueTime);
+    }
+    /// Oldest first, as many as fit; the first one even if it alone does not.
+    Result<std::vector<QueuedBundle>> queryBundlesWithCountLimit(std::int64_t countLimit,
+                                                                 std::size_t sizeLimit)
+    {
+        return bundles_.oldest(countLimit, sizeLimit);
+    }
+    Result<std::vector<QueuedBundle>> queryBundlesWithRowIDs(std::span<const std::int64_t> rowIDs)
+    {
+        return bundles_.withRowIDs(rowIDs);
+    }
+    Result<> incrementRetryCounterForBundlesWithIDs(std::span<const std::int64_t> rowIDs)
+    {
+        return bundles_.incrementRetryCounters(rowIDs);
+    }
+    Result<> deleteBundlesWithRowIDs(std::span<const std::int64_t> rowIDs)
+    {
+        return bundles_.deleteWithRowIDs(rowIDs);
+    }
+    Result<bool> isQueueEmpty();
+    Result<bool> hasRealtimeBundles();
+    Result<bool> hasBundlesWithRetryCount(std::int64_t retryCount);
+    Result<std::optional<double>> latestBundleEndTimestamp();
+
+    // Aggregates and properties
+
+    Result<> updateEventAggregates(const APMEventAggregates &aggregates)
+    {
+        return events_.update(aggregates);
+    }
+    Result<std::optional<APMEventAggregates>> eventAggregatesWithName(std::string_view name)
+    {
+        return events_.withName(name);
+    }
+    Result<std::vector<APMEventAggregates>> eventAggregates() { return events_.all(); }
+    Result<std::int64_t> publicEventNameCount();
+    Result<> updateUserAttribute(const APMUserAttribute &attribute) { return attributes_.update(attribute); }
+    Result<> deleteUserAttributeWithName(std::string_view name) { return attributes_.deleteWithName(name); }
+    Result<std::vector<APMUserAttribute>> userAttributesIncludingInternal(IncludingInternal includingInternal)
+    {
+        return attributes_.all(includingInternal);
+    }
+    Result<std::int64_t> publicUserAttributeCount();
+    Result<std::int64_t> userAttributeCountWithOrigin(std::string_view origin);
+
+    // The one row of app metadata
+
+    Result<APMAppMetadata> queryAppMetadata() { return appMetadata_.metadata(); }
+    Result<> updateAppMetadata(const APMAppMetadata &metadata) { return appMetadata_.update(metadata); }
+    Result<APMDailyCounts> dailyCounts() { return appMetadata_.dailyCounts(); }
+    Result<> updateDailyCounts(const APMDailyCounts &counts) { return appMetadata_.update(counts); }
+    Result<std::optional<APMRemoteConfigRecord>> remoteConfig() { return appMetadata_.remoteConfig(); }
+    /// Nothing: forgets it.
+    Result<> updateRemoteConfig(const std::optional<APMRemoteConfigRecord> &config)
+    {
+        return appMetadata_.update(config);
+    }
+
+    /// For open().
+    APMDatabase(OwnerLock lock, std::unique_ptr<APMSqliteStore> store, Services services, StoreLimits limits);
+
+private:
+    struct CappedTable;
+
+    OwnerLock lock_; // the last to go
+    std::unique_ptr<APMSqliteStore> store_;
+    Services services_;
+    StoreLimits limits_;
+    RawEventTable rawEvents_{*store_};
+    BundleQueue bundles_{*store_};
+    EventTable events_{*store_};
+    UserAttributeTable attributes_{*store_};
+    AppMetadataTable appMetadata_{*store_};
+
+    Result<> prepare();
+    void ensureAllTables();
+    Result<> insertCapped(const CappedTable &table, std::string_view key);
+    Result<> deleteStaleData(double now);
+    Result<bool> isTrue(const APMSqliteStore::Operation &question, const SqliteArguments &arguments = {});
+    Result<std::int64_t> numberOf(const APMSqliteStore::Operation &question,
+                                  const SqliteArguments &arguments = {});
+};
+
+} // namespace skyflare

@@ -1,0 +1,64 @@
+// Any bytes as what the measurement database holds: events, metadata, properties of the user, bundles.
+#include "analytics/proto/BundleMessage.h"
+#include "analytics/proto/EventMessage.h"
+#include "analytics/proto/MetadataMessage.h"
+#include "analytics/proto/UserAttributeMessage.h"
+#include "platform/base/Text.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+using namespace skyflare;
+
+namespace {
+
+void require(bool holds, const char *what)
+{
+    if (holds)
+        return;
+    std::fprintf(stderr, "does not hold: %s\n", what);
+    std::abort();
+}
+
+/// What could be read is written, read again and written the same.
+template <typename Message> auto check(std::span<const std::uint8_t> bytes)
+{
+    auto first = Message::decode(bytes);
+    if (!first)
+        return first;
+    const Bytes written = Message::encode(*first);
+    const auto second = Message::decode(written);
+    require(second.has_value(), "what was written can be read");
+    require(Message::encode(*second) == written, "and is written the same again");
+    return first;
+}
+
+/// As a caller may give it: texts that are no UTF-8.
+void checkText(std::string text)
+{
+    const APMEvent event{
+        text,
+        text,
+        1,
+        0,
+        {{text, APMValue(text)}, {"items", APMValue(APMValue::Array{{{text, APMValue(text)}}})}}};
+    const auto read = EventMessage::decode(EventMessage::encode(event));
+    require(read.has_value(), "an event with any text can be read");
+    require(read->name == validUtf8(text), "its name is the text as UTF-8");
+    require(read->parameters.size() == 2 && *read->parameters[0].value.text() == validUtf8(text),
+            "its values are the text as UTF-8");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    const std::span bytes(data, size);
+    if (const auto event = check<EventMessage>(bytes))
+        require(validUtf8(event->name) == event->name, "a name that was read is UTF-8");
+    (void)check<MetadataMessage>(bytes);
+    (void)check<UserAttributeMessage>(bytes);
+    (void)check<BundleMessage>(bytes);
+    checkText(std::string(bytes.begin(), bytes.end()));
+    return 0;
+}

@@ -1,0 +1,316 @@
+#include "analytics/proto/EventMessage.h"
+#include "analytics/proto/MetadataMessage.h"
+#include "analytics/proto/UserAttributeMessage.h"
+#include "platform/base/Files.h"
+#include "tests/analytics/DatabaseFixture.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+using namespace skyflare;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr double day = 86'400;
+
+Bytes bytesOf(std::string_view text)
+{
+    return {text.begin(), text.end()};
+}
+
+APMMeasurementBundle bundle(const std::string &appId, double endTimestamp, int events = 1)
+{
+    const APMEvent event{"app", "launch", endTimestamp, 0, {}};
+    return {appId,
+            1,
+            endTimestamp,
+            endTimestamp,
+            0,
+            std::vector<APMEvent>(std::size_t(events), event),
+            {{{"level", "app", 5, APMValue(2.5)}}, {.appId = appId}}};
+}
+
+} // namespace
+
+TEST_CASE("messages say again what was written, in UTF-8, and keep their form")
+{
+    const APMParameters item{{"price", APMValue(0.1)}, {"id", APMValue(std::string())}};
+    const APMEvent event{"app+gtm",
+                         "purchase",
+                         1.7e9 + 0.25,
+                         12.5,
+                         {{"least", APMValue(std::numeric_limits<std::int64_t>::min())},
+                          {"zero", APMValue(0.0)},
+                          {"text", APMValue(std::string("\xC3\xA4\xF0\x9F\x8E\x86"))},
+                          {"items", APMValue(APMValue::Array{item, {}})},
+                          {"none", APMValue(APMValue::Array{})}}};
+    CHECK(*EventMessage::decode(EventMessage::encode(event)) == event);
+    const APMMetadata metadata{{{"_id", "app", 3, APMValue(std::string("me"))}, {"n", "", 0, APMValue(1.0)}},
+                               {.appId = "1:2", .appVersion = "0.1", .language = "de"}};
+    CHECK(*MetadataMessage::decode(MetadataMessage::encode(metadata)) == metadata);
+    CHECK(*UserAttributeMessage::decode(UserAttributeMessage::encode(metadata.userAttributes[0])) ==
+          metadata.userAttributes[0]);
+
+    const APMEvent small{"fa", "a\xFF", 2, 0, {{"b", APMValue(std::int64_t{1})}}};
+    const Bytes asEver = bytesOf(std::string("\x0A\x04"
+                                             "a\xEF\xBF\xBD"
+                                             "\x12\x05\x0A\x01"
+                                             "b\x18\x01"
+                                             "\x19\0\0\0\0\0\0\0\x40"
+                                             "\x28\x01\x32\x02"
+                                             "fa",
+                                             28));
+    CHECK(EventMessage::encode(small) == asEver);
+    CHECK(EventMessage::decode(asEver)->name == "a\xEF\xBF\xBD");
+    CHECK_FALSE(EventMessage::decode(bytesOf("\x0A\x7F")));
+    CHECK_FALSE(UserAttributeMessage::decode(bytesOf("\x0A\x01n")));
+    CHECK(MetadataMessage::fingerprint(bytesOf("foobar")) == static_cast<std::int64_t>(0x85944171f73967e8));
+
+    APMValue nested(APMValue::Array{});
+    for (int depth = 0; depth < 40; ++depth)
+        nested = APMValue(APMValue::Array{{{"in", nested}}});
+    CHECK(EventMessage::decode(EventMessage::encode({"app", "deep", 1, 0, {{"in", nested}}})));
+}
+
+TEST_CASE_FIXTURE(DatabaseFixture, "the generic store says what failed, and refuses what says nothing")
+{
+    auto store = *APMSqliteStore::open(file, monitor, {});
+    constexpr std::array columns{ColumnInfo{"a", "INTEGER NOT NULL PRIMARY KEY"}, ColumnInfo{"b", "TEXT"}};
+    REQUIRE(store->ensureTableWithName("t", {columns, {}, {}, {}}));
+    REQUIRE(store->upsertRecord({{"a", std::int64_t{1}}, {"b", std::string("x")}}, "t"));
+    REQUIRE(store->upsertRecord({{"a", std::int64_t{2}}, {"b", Bytes{1, 2}}}, "t"));
+    REQUIRE(store->upsertRecord({{"a", std::int64_t{2}}, {"b", 2.5}}, "t"));
+    REQUIRE(store->updateRecord({{"b", SqliteValue()}}, "t", "a", std::int64_t{1}));
+    REQUIRE(store->increaseColumn({"a", 5, "t", "b > ?", {2.0}}));
+    const std::vector<Record> rows{{{"a", std::int64_t{1}}, {"b", SqliteValue()}},
+                                   {{"a", std::int64_t{7}}, {"b", std::string("2.5")}}};
+    CHECK(*store->recordsForQuery("SELECT * FROM t WHERE a < ?", {std::int64_t{9}}) == rows);
+    CHECK(*store->numberForQuery("SELECT MAX(a) FROM t; -- one") == 7);
+    CHECK(monitor.takeLines().empty());
+
+    CHECK(store->upsertRecord({{"a", std::int64_t{1}}}, "u").error().message ==
+          "Database operation \"upsert record\" failed with sqlite code 1 and error message \"no such table: "
+          "u\"");
+    CHECK(store->upsertRecord({{"a", std::int64_t{1}}}, "").error().message ==
+          "Received empty table name for upsert");
+    CHECK(store->recordsForQuery("SELECT 1; SELECT 2").error().message ==
+          "Query contained more than one SQL statement.");
+    CHECK(store->recordsForQuery("").error().message == "Received empty query for query records");
+    REQUIRE(store->execute({"fill", "PRAGMA max_page_count = 2"}));
+    CHECK(store->upsertRecord({{"a", std::int64_t{8}}, {"b", std::string(9000, 'x')}}, "t").error().message ==
+          "Failed to insert data type. Table is full");
+    CHECK(monitor.takeLines().size() == 5);
+
+    const auto refused = store->performTransactionWithError([&]() -> Result<> {
+        CHECK(store->deleteAllRecordsFromTableWithName("t"));
+        throw std::runtime_error("thrown");
+    });
+    CHECK(refused.error().message == "Transaction failed: thrown");
+    CHECK_FALSE(store->performTransactionWithError([&]() -> Result<> {
+        CHECK(store->execute({"give up", "ROLLBACK"})); // as SQLite does by itself on a full disk
+        CHECK_FALSE(store->upsertRecord({{"a", std::int64_t{9}}}, "t"));
+        return {};
+    }));
+    CHECK(*store->rowCountForTableWithName("t") == 2);
+    REQUIRE(store->deleteRecordFromTableWithName("t", "a", std::int64_t{7}));
+    CHECK(*store->rowCountForTableWithName("t") == 1);
+    store->close();
+    CHECK(store->deleteRecordFromTableWithName("t", "a", std::int64_t{1}).error().message ==
+          "Delete record failed. Database not open.");
+    CHECK(store->rowCountForTableWithName("t").error().message == "Database not open");
+    CHECK(store->closeAndDeleteDatabase());
+    CHECK_FALSE(std::filesystem::exists(file));
+}
+
+TEST_CASE_FIXTURE(DatabaseFixture, "events are kept under their metadata, and taken out of it alone")
+{
+    const auto database = open();
+    const auto first = RawEventMetadata::of({{}, {.appId = "1"}});
+    const auto second = RawEventMetadata::of({{}, {.appId = "2"}});
+    for (const auto &[name, metadata] :
+         {std::pair("a", &first), std::pair("b", &second), std::pair("c", &first), std::pair("d", &first)}) {
+        REQUIRE(database->insertIfNotExistsRawEventMetadata(*metadata));
+        const bool isRealtime = std::string_view(name) == "c";
+        REQUIRE(database->insertRawEvent(event(name), metadata->fingerprint,
+                                         isRealtime ? IsRealtime::Yes : IsRealtime::No));
+    }
+    CHECK(*database->latestRawEventTimestamp() == 1'700'000'000);
+    CHECK(*database->hasRealtimeRawEvents());
+    CHECK(*database->nextMetadataFingerprintToProcess() == first.fingerprint);
+    CHECK((*database->rawEventMetadataWithFingerprint(second.fingerprint))->app.appId == "2");
+    make("UPDATE raw_events SET data = x'ffff' WHERE name = 'd'");
+    const auto found = database->rawEventsWithMetadataFingerprint(
+        first.fingerprint, [](const APMEvent &each) { return each.name != "a"; });
+    REQUIRE(found->events.size() == 1);
+    CHECK(found->events[0].event == event("c"));
+    CHECK(found->events[0].isRealtime == IsRealtime::Yes);
+    CHECK(found->maxRowID == 4);
+    REQUIRE(database->deleteRawEventsWithMaxRowID(found->maxRowID, first.fingerprint));
+    CHECK(storedNames() == Names{"b"});
+    REQUIRE(database->deleteUnusedRawEventsMetadata());
+    CHECK_FALSE(*database->rawEventMetadataWithFingerprint(first.fingerprint));
+    CHECK(*database->rawEventCount() == 1);
+    CHECK(*database->nextMetadataFingerprintToProcess() == second.fingerprint);
+    REQUIRE(database->deleteRawEventsWithMaxRowID(4, second.fingerprint));
+    CHECK_FALSE(*database->nextMetadataFingerprintToProcess());
+    CHECK(*database->isRawEventsEmpty());
+}
+
+TEST_CASE_FIXTURE(DatabaseFixture, "an event too many drops the oldest one, and what is undone comes back")
+{
+    limits.maxStoredEvents = 3;
+    const auto database = open();
+    const auto insert = [&](const std::string &name) {
+        return database->insertRawEvent(event(name), 1, IsRealtime::No);
+    };
+    for (const char *name : {"a", "b", "c"})
+        REQUIRE(insert(name));
+    CHECK(storedNames() == Names{"a", "b", "c"});
+    REQUIRE(insert("d"));
+    CHECK(storedNames() == Names{"b", "c", "d"});
+    const auto undone = database->performTransactionWithError([&]() -> Result<> {
+        CHECK(insert("e"));
+        CHECK(insert("f"));
+        return Error{"test", 1, "no"};
+    });
+    CHECK(undone.error().message == "no");
+    CHECK(storedNames() == Names{"b", "c", "d"});
+    REQUIRE(insert("g"));
+    CHECK(storedNames() == Names{"c", "d", "g"});
+    limits.maxStoredEvents = 2;
+    database->setLimits(limits);
+    REQUIRE(insert("h"));
+    CHECK(storedNames() == Names{"g", "h"});
+    limits.maxStoredEvents = 0;
+    database->setLimits(limits);
+    CHECK(insert("i").error().message == "Failed to insert data type. Table is full");
+    CHECK(storedNames() == Names{"g", "h"});
+    for (int number = 0; number < 1002; ++number)
+        REQUIRE(database->insertSubscriptionWithID(std::to_string(number)));
+    CHECK(ask("SELECT count(*) || min(rowid) FROM subscriptions") == Names{"10003"});
+}
+
+TEST_CASE_FIXTURE(DatabaseFixture, "what is older than 28 days, or ahead by more, goes once a day")
+{
+    const auto database = open();
+    for (const auto &[name, age] : {std::pair("old", 28 * day + 1), std::pair("kept", 28 * day),
+                                    std::pair("ahead", -28 * day), std::pair("far ahead", -28 * day - 1)}) {
+        REQUIRE(database->insertRawEvent(event(name, age), 1, IsRealtime::No));
+        const APMMeasurementBundle queued = bundle(name, 1.7e9 - age);
+        REQUIRE(database->insertBundle(&queued, IsRealtime::No));
+    }
+    const auto warnings = [&] {
+        const auto lines = monitor.takeLines();
+        return std::ranges::count(lines, "Storing bundle outside of the max uploading time span",
+                                  &RecordingMonitor::Line::message);
+    };
+    CHECK(warnings() == 2);
+    config.last = 1.7e9 - day;
+    REQUIRE(database->maybeDeleteStaleData());
+    CHECK(storedNames().size() == 4);
+    config.last -= 1;
+    REQUIRE(database->maybeDeleteStaleData());
+    CHECK(storedNames() == Names{"kept", "ahead"});
+    CHECK(*database->rawEventCount() == 2);
+    const auto left = database->queryBundlesWithCountLimit(10, 1'000'000);
+    REQUIRE(left->size() == 2);
+    CHECK(left->front().bundle == bundle("kept", 1.7e9 - 28 * day));
+    CHECK(config.last == 1.7e9);
+    limits.maxQueueTime = -1;
+    database->setLimits(limits);
+    config.last = 0;
+    CHECK(database->maybeDeleteStaleData().error().message ==
+          "Cannot delete stale raw events given negative time period");
+    CHECK(config.last == 0);
+}
+
+TEST_CASE_FIXTURE(DatabaseFixture, "bundles wait in order, as many as fit, and count their failures")
+{
+    const auto database = open();
+    const APMMeasurementBundle refused[] = {bundle("", 5), bundle("x", 0), bundle("x", NAN)};
+    const auto message = [&](const APMMeasurementBundle *each) {
+        return database->insertBundle(each, IsRealtime::No).error().message;
+    };
+    CHECK(message(nullptr) == "Failed to insert nil bundle");
+    CHECK(message(&refused[0]) == "Failed to insert bundle without App ID");
+    CHECK(message(&refused[1]) == "Failed to insert bundle without valid timestamp");
+    CHECK(message(&refused[2]) == "Failed to insert bundle without valid timestamp");
+    for (const auto &[name, events] : {std::pair("a", 100), std::pair("b", 1), std::pair("c", 1)}) {
+        const APMMeasurementBundle queued = bundle(name, 1.7e9, events);
+        REQUIRE(database->insertBundle(&queued, IsRealtime::Yes));
+    }
+    make("INSERT INTO queue (data, bundle_end_timestamp) VALUES (x'', 1), (x'1f8b', 2)"); // as an older
+                                                                                          // version
+    const auto names = [&](std::int64_t countLimit, std::size_t sizeLimit) {
+        Names found;
+        const auto bundles = database->queryBundlesWithCountLimit(countLimit, sizeLimit);
+        for (const QueuedBundle &each : *bundles)
+            found.push_back(each.bundle.appId);
+        return found;
+    };
+    const auto sizes = *database->queryBundlesWithCountLimit(3, 1'000'000);
+    const std::size_t two = sizes.at(0).size + sizes.at(1).size;
+    CHECK(names(9, two) == Names{"a", "b"});
+    CHECK(names(9, two - 1) == Names{"a"});
+    CHECK(names(9, 1) == Names{"a"});
+    CHECK(names(2, 1'000'000) == Names{"a", "b"});
+    monitor.takeLines();
+    CHECK(names(9, 1'000'000) == Names{"a", "b", "c"});
+    REQUIRE(monitor.lines.size() == 2);
+    CHECK(monitor.lines[0].message ==
+          "Cannot read bundle. Row id, error: 4, Cannot decompress an empty bundle data");
+
+    const std::vector<std::int64_t> failed{1, 4};
+    REQUIRE(database->incrementRetryCounterForBundlesWithIDs(failed));
+    REQUIRE(database->incrementRetryCounterForBundlesWithIDs(failed));
+    CHECK(ask("SELECT retry_count FROM queue") == Names{"NULL", "NULL", "NULL", "NULL", "NULL"}); // no text
+    CHECK(ask("SELECT '' || COALESCE(retry_count, '-') FROM queue") == Names{"2", "0", "0", "2", "-"});
+    CHECK(*database->hasBundlesWithRetryCount(2));
+    CHECK(database->queryBundlesWithRowIDs(failed)->at(0).retryCount == 2);
+    REQUIRE(database->deleteBundlesWithRowIDs(failed));
+    CHECK(*database->latestBundleEndTimestamp() == 1.7e9);
+    CHECK(names(9, 1'000'000) == Names{"b", "c"});
+}
+
+TEST_CASE_FIXTURE(DatabaseFixture,
+                  "what the engine knows between runs is there at the next, until it is reset")
+{
+    const APMUserAttribute own{"_id", "app", 3, APMValue(std::string("secret-of-the-user"))};
+    const APMUserAttribute level{"level", "auto", 4, APMValue(std::int64_t{5})};
+    const APMEventAggregates aggregates{"catch_photo", 9, 2, 1.7e9, 1.6e9, 7, {}, {}, 19'000, 3};
+    const APMDailyCounts counts{19'675, 1, 2, 3, 4, 5, 6};
+    {
+        const auto database = open();
+        CHECK(database->updateUserAttribute(level));
+        CHECK(database->updateUserAttribute(own));
+        CHECK(database->updateEventAggregates(aggregates));
+        CHECK(database->updateEventAggregates({"_vs", 1, 1, 1, {}, {}, {}, {}, {}, {}}));
+        CHECK(database->updateDailyCounts(counts));
+        CHECK(database->updateAppMetadata({4, 1.7e9, {}, 8}));
+        CHECK(database->updateRemoteConfig(APMRemoteConfigRecord{Bytes{}, 6}));
+    }
+    const auto database = open();
+    using All = std::vector<APMUserAttribute>;
+    CHECK(*database->userAttributesIncludingInternal(IncludingInternal::Yes) == All{own, level});
+    CHECK(*database->userAttributesIncludingInternal(IncludingInternal::No) == All{level});
+    CHECK(*database->publicUserAttributeCount() == 1);
+    CHECK(*database->userAttributeCountWithOrigin("app") == 1);
+    CHECK(*database->eventAggregatesWithName("catch_photo") == aggregates);
+    CHECK(database->eventAggregates()->size() == 2);
+    CHECK(*database->publicEventNameCount() == 1);
+    CHECK(*database->dailyCounts() == counts);
+    CHECK(*database->queryAppMetadata() == APMAppMetadata{4, 1.7e9, {}, 8});
+    CHECK(*database->remoteConfig() == APMRemoteConfigRecord{Bytes{}, 6});
+    REQUIRE(database->reset());
+    CHECK(*database->dailyCounts() == APMDailyCounts{});
+    CHECK_FALSE(*database->remoteConfig());
+    CHECK(database->userAttributesIncludingInternal(IncludingInternal::Yes)->empty());
+    for (const char *ending : {"", "-wal"}) {
+        const Bytes bytes = *readFile(file.string() + ending);
+        CHECK(std::string(bytes.begin(), bytes.end()).find("secret") == std::string::npos);
+    }
+    database->close();
+    CHECK(database->updateDailyCounts(counts).error().message == "Database not open");
+}
