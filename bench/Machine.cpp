@@ -16,11 +16,25 @@ double now()
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-double processorSeconds()
+namespace {
+
+double secondsOf(clockid_t clock)
 {
     timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    clock_gettime(clock, &time);
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+} // namespace
+
+double processorSeconds()
+{
+    return secondsOf(CLOCK_PROCESS_CPUTIME_ID);
+}
+
+double threadSeconds()
+{
+    return secondsOf(CLOCK_THREAD_CPUTIME_ID);
 }
 
 std::uint64_t peakMemory()
@@ -65,8 +79,8 @@ double writeAndSync(const std::filesystem::path &folder, const Bytes &bytes)
 std::string megabytes(std::uint64_t bytes)
 {
     char text[32];
-    std::snprintf(text, sizeof text, "%.*f MB", bytes < 100'000'000 ? 1 : 0,
-                  static_cast<double>(bytes) / 1e6);
+    const double millions = static_cast<double>(bytes) / 1e6;
+    std::snprintf(text, sizeof text, millions < 100 ? "%.3g MB" : "%.0f MB", millions);
     return text;
 }
 

@@ -14,6 +14,9 @@ double now();
 /// Processor time of all threads of this process so far, in seconds.
 double processorSeconds();
 
+/// Processor time of the calling thread alone: what else runs on the machine does not lengthen it.
+double threadSeconds();
+
 /// The most memory that this process has had at once since the start, or since forgetPeak(). Bytes.
 std::uint64_t peakMemory();
 void forgetPeak();
@@ -22,7 +25,7 @@ void forgetPeak();
 /// @return how long that took, in seconds; less than 0 if it failed.
 double writeAndSync(const std::filesystem::path &folder, const Bytes &bytes);
 
-/// "12.3 MB", in millions of bytes.
+/// "12.3 MB", "0.0451 MB": three significant digits, in millions of bytes.
 std::string megabytes(std::uint64_t bytes);
 
 } // namespace skyflare::bench

@@ -1,5 +1,7 @@
+#include "bench/Machine.h"
 #include "bench/PngPictures.h"
 #include "bench/Table.h"
+#include "bench/WorkFolder.h"
 #include "platform/base/Handle.h"
 #include "platform/image/FrameConversion.h"
 #include "platform/image/PngEncoder.h"
@@ -8,31 +10,16 @@
 #include <spng.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <limits>
 
 using namespace skyflare;
 using namespace skyflare::bench;
 
 namespace {
-
-double wallSeconds()
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
-double threadSeconds()
-{
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
 
 /// What anybody gets who sets nothing: all filters, zlib's level 6. Into memory that is there already.
 void encodeByLibpng(const PixelBuffer &pixels, Bytes &into)
@@ -83,11 +70,11 @@ bool isReadByLibspng(const Bytes &png, const PixelBuffer &pixels)
 /// Ends the program unless the encoded picture is accepted by all and has the same pixels.
 void requireSame(const Bytes &png, const PixelBuffer &pixels, const std::string &name)
 {
-    const std::string file = "/tmp/skyflare-png-bench.png";
+    const WorkFolder folder;
+    const std::string file = folder.path() / "picture.png";
     std::ofstream(file, std::ios::binary)
         .write(reinterpret_cast<const char *>(png.data()), static_cast<std::streamsize>(png.size()));
     const bool isValid = std::system(("pngcheck -q " + file).c_str()) == 0;
-    std::remove(file.c_str());
     if (isValid && isReadByLibpng(png, pixels) && isReadByLibspng(png, pixels))
         return;
     std::fprintf(stderr, "The PNG of \"%s\" is not what was encoded.\n", name.c_str());
@@ -122,21 +109,14 @@ Comparison compare(const NamedPicture &picture, int rounds, int triesARound)
     for (int round = 0; round < rounds; ++round) {
         keepLeast(result.libpngSeconds, threadSeconds, [&] { encodeByLibpng(picture.pixels, theirs); });
         for (int i = 0; i < triesARound; ++i) {
-            keepLeast(result.oneThreadSeconds, wallSeconds, [&] { (void)oneThread.encode(rows, ours); });
-            keepLeast(result.twoThreadsSeconds, wallSeconds, [&] { (void)twoThreads.encode(rows, ours); });
+            keepLeast(result.oneThreadSeconds, now, [&] { (void)oneThread.encode(rows, ours); });
+            keepLeast(result.twoThreadsSeconds, now, [&] { (void)twoThreads.encode(rows, ours); });
         }
     }
     requireSame(ours, picture.pixels, picture.name);
     result.libpngBytes = theirs.size();
     result.bytes = ours.size();
     return result;
-}
-
-std::string megabytes(std::size_t bytes)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.3g MB", static_cast<double>(bytes) * 1e-6);
-    return text;
 }
 
 void addSize(Table &table, const std::string &name, const Comparison &result, double most)
@@ -165,8 +145,8 @@ void addFrame(Table &table, const VideoFrame &frame)
     double direct = std::numeric_limits<double>::infinity();
     double byPicture = direct;
     for (int round = 0; round < 12; ++round) {
-        keepLeast(direct, wallSeconds, [&] { (void)encodePng(frame); });
-        keepLeast(byPicture, wallSeconds, [&] { (void)encodePng(*convertToRgb(frame)); });
+        keepLeast(direct, now, [&] { (void)encodePng(frame); });
+        keepLeast(byPicture, now, [&] { (void)encodePng(*convertToRgb(frame)); });
     }
     table.add({"I420 frame to PNG, as a still", duration(direct), "RGB first: " + duration(byPicture),
                ratio(direct / byPicture), "for information", true});

@@ -1,3 +1,4 @@
+#include "bench/Machine.h"
 #include "bench/ReadOnce.h"
 #include "bench/Table.h"
 #include "platform/image/AreaAverage.h"
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ctime>
 #include <random>
 #include <span>
 #include <string>
@@ -97,19 +97,12 @@ VideoFrame frameOf(PixelFormat format, Size size, std::span<const std::uint8_t> 
 /// Where results go, so that no compiler leaves the work out.
 volatile double sink;
 
-/// Of this thread alone: what else runs on the machine would lengthen long work more than short work.
-double processorSeconds()
-{
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
+/// On this thread alone: what else runs on the machine would lengthen long work more than short work.
 template <typename Work> double secondsOf(Work work)
 {
-    const double start = processorSeconds();
+    const double start = threadSeconds();
     sink = static_cast<double>(work());
-    return processorSeconds() - start;
+    return threadSeconds() - start;
 }
 
 struct Times {

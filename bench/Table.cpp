@@ -47,11 +47,6 @@ void Table::print() const
     std::fflush(stdout);
 }
 
-bool Table::isReached() const
-{
-    return std::ranges::all_of(rows_, &Row::isReached);
-}
-
 std::string duration(double seconds)
 {
     constexpr std::array<std::pair<double, const char *>, 3> units{{{1, "s"}, {1e-3, "ms"}, {1e-6, "us"}}};

@@ -24,7 +24,6 @@ public:
     void add(Row row);
     /// As GitHub-flavoured Markdown on standard output, so that it can go into the README as it stands.
     void print() const;
-    [[nodiscard]] bool isReached() const; ///< every row
 
 private:
     std::string title_;

@@ -1,10 +1,10 @@
 #include "analytics/validation/APMDataTypeValidator.h"
+#include "bench/Machine.h"
 #include "bench/Table.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -31,10 +31,10 @@ public:
 template <typename Call> double secondsEach(const Call &call)
 {
     constexpr int calls = 20'000;
-    const auto start = std::chrono::steady_clock::now();
+    const double start = now();
     for (int i = 0; i < calls; ++i)
         call();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() / calls;
+    return (now() - start) / calls;
 }
 
 std::string nanoseconds(double seconds)
