@@ -6,11 +6,9 @@
 #include "bench/Machine.h"
 #include "bench/Table.h"
 #include "bench/WorkFolder.h"
-#include "platform/camera/GstHandles.h"
 #include "platform/camera/GstSetup.h"
 
 #include <fcntl.h>
-#include <gst/video/video.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -67,17 +65,6 @@ bool makeFilm(const std::string &path)
                "/dev/null") >= 0;
 }
 
-/// As skyflare-watch's own sink says it: rows may be padded and pictures cropped, so nothing is copied.
-GstPadProbeReturn answerAllocation(GstPad *, GstPadProbeInfo *info, gpointer)
-{
-    GstQuery *query = GST_PAD_PROBE_INFO_QUERY(info);
-    if (GST_QUERY_TYPE(query) != GST_QUERY_ALLOCATION)
-        return GST_PAD_PROBE_OK;
-    gst_query_add_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
-    gst_query_add_allocation_meta(query, GST_VIDEO_CROP_META_API_TYPE, nullptr);
-    return GST_PAD_PROBE_HANDLED;
-}
-
 void linkPictures(GstElement *, GstPad *pad, gpointer sink)
 {
     const Pad into(gst_element_get_static_pad(static_cast<GstElement *>(sink), "sink"));
@@ -93,18 +80,15 @@ int decode(const char *film)
     const GLibText uri(gst_filename_to_uri(film, nullptr));
     if (!decoder || !sink || !uri)
         return 1;
-    GstElement *plain = gst_pipeline_new(nullptr);
-    gst_object_ref_sink(plain);
-    const Pipeline pipeline(plain);
+    const Pipeline pipeline = makePipeline();
     g_object_set(decoder->get(), "uri", uri.get(), nullptr);
     g_object_set(sink->get(), "sync", FALSE, nullptr);
-    gst_bin_add_many(GST_BIN(plain), decoder->get(), sink->get(), nullptr);
-    const Pad pad(gst_element_get_static_pad(sink->get(), "sink"));
-    gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_QUERY_DOWNSTREAM, &answerAllocation, nullptr, nullptr);
+    gst_bin_add_many(GST_BIN(pipeline.get()), decoder->get(), sink->get(), nullptr);
+    takePaddedPictures(sink->get()); // as skyflare-watch's own sink does
     g_signal_connect(decoder->get(), "pad-added", G_CALLBACK(&linkPictures), sink->get());
-    if (gst_element_set_state(plain, GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE)
+    if (gst_element_set_state(pipeline.get(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE)
         return 1;
-    const Bus bus(gst_element_get_bus(plain));
+    const Bus bus(gst_element_get_bus(pipeline.get()));
     const Message last(gst_bus_timed_pop_filtered(
         bus.get(), GST_CLOCK_TIME_NONE, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
     return GST_MESSAGE_TYPE(last.get()) == GST_MESSAGE_EOS ? 0 : 1;

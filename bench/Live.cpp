@@ -5,7 +5,6 @@
 #include "bench/RingCamera.h"
 #include "bench/Table.h"
 #include "bench/WorkFolder.h"
-#include "platform/camera/GstHandles.h"
 #include "platform/camera/GstSetup.h"
 
 #include <cstdio>
@@ -57,13 +56,11 @@ std::optional<double> throwAway(const CameraSource &camera)
     auto sink = makeGstElement("fakesink");
     if (!source || !sink)
         return {};
-    GstElement *plain = gst_pipeline_new(nullptr);
-    gst_object_ref_sink(plain);
-    const Pipeline pipeline(plain);
+    const Pipeline pipeline = makePipeline();
     g_object_set(sink->get(), "sync", FALSE, "async", FALSE, nullptr);
-    gst_bin_add_many(GST_BIN(plain), source->get(), sink->get(), nullptr);
+    gst_bin_add_many(GST_BIN(pipeline.get()), source->get(), sink->get(), nullptr);
     if (!gst_element_link(source->get(), sink->get()) ||
-        gst_element_set_state(plain, GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE)
+        gst_element_set_state(pipeline.get(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE)
         return {};
     std::this_thread::sleep_for(std::chrono::duration<double>(settlingSeconds));
     const double processor = processorSeconds();

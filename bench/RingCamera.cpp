@@ -1,10 +1,8 @@
 #include "bench/RingCamera.h"
 
 #include "platform/camera/GstSetup.h"
+#include "platform/camera/PushSource.h"
 #include "platform/camera/sky/SimulatedSky.h"
-
-#include <gst/base/gstpushsrc.h>
-#include <gst/video/video.h>
 
 #include <algorithm>
 
@@ -12,32 +10,23 @@ namespace skyflare::bench {
 
 namespace {
 
-/// What an element has beside GStreamer's part of it.
 struct RingState {
+    static constexpr const char *typeName = "SkyflareRingElement";
+    static constexpr const char *longName = "Ring";
+    static constexpr const char *description = "Pictures over and over";
+    static constexpr const char *caps = "video/x-raw, format = (string) { I420, NV12 }";
+    static void fillClass(GstPushSrcClass *source);
+
     std::shared_ptr<const Ring> ring;
     GstVideoInfo info{};
     std::uint64_t next = 0; ///< number of the frame to give next
 };
 
-struct RingElement {
-    GstPushSrc parent;
-    RingState *state; ///< owned; GObject knows no C++ members
-};
-
-struct RingElementClass {
-    GstPushSrcClass parent;
-};
-
-GstBaseSrcClass *parentClass = nullptr; ///< written once, when the type is registered
-
-RingState &stateOf(gpointer element)
-{
-    return *static_cast<RingElement *>(element)->state;
-}
+using RingElement = PushSource<RingState>;
 
 GstFlowReturn create(GstPushSrc *element, GstBuffer **buffer)
 {
-    RingState &state = stateOf(element);
+    RingState &state = RingElement::stateOf(element);
     const Ring &ring = *state.ring;
     const Bytes &picture = ring.pictures[ring.order[state.next % ring.order.size()]];
     auto keepsRing = std::make_unique<std::shared_ptr<const Ring>>(state.ring);
@@ -63,47 +52,10 @@ void getTimes(GstBaseSrc *, GstBuffer *buffer, GstClockTime *start, GstClockTime
     *end = *start + GST_BUFFER_DURATION(buffer);
 }
 
-GstCaps *getCaps(GstBaseSrc *element, GstCaps *filter)
+void RingState::fillClass(GstPushSrcClass *source)
 {
-    Caps caps(gst_video_info_to_caps(&stateOf(element).info));
-    return filter ? gst_caps_intersect_full(filter, caps.get(), GST_CAPS_INTERSECT_FIRST) : caps.release();
-}
-
-void finalize(GObject *object)
-{
-    const std::unique_ptr<RingState> last(static_cast<RingElement *>(static_cast<gpointer>(object))->state);
-    G_OBJECT_CLASS(parentClass)->finalize(object);
-}
-
-void initialiseClass(gpointer classData, gpointer)
-{
-    parentClass = GST_BASE_SRC_CLASS(g_type_class_peek_parent(classData));
-    G_OBJECT_CLASS(classData)->finalize = &finalize;
-    GstElementClass *elementClass = GST_ELEMENT_CLASS(classData);
-    gst_element_class_set_static_metadata(elementClass, "Ring", "Source/Video", "Pictures over and over",
-                                          "Skyflare");
-    const Caps caps(gst_caps_from_string("video/x-raw, format = (string) { I420, NV12 }"));
-    gst_element_class_add_pad_template(elementClass,
-                                       gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, caps.get()));
-    GST_BASE_SRC_CLASS(classData)->get_caps = &getCaps;
-    GST_BASE_SRC_CLASS(classData)->get_times = &getTimes;
-    GST_PUSH_SRC_CLASS(classData)->create = &create;
-}
-
-void initialise(GTypeInstance *instance, gpointer)
-{
-    static_cast<RingElement *>(static_cast<gpointer>(instance))->state =
-        std::make_unique<RingState>().release();
-    gst_base_src_set_format(GST_BASE_SRC(instance), GST_FORMAT_TIME);
-    gst_base_src_set_live(GST_BASE_SRC(instance), TRUE);
-}
-
-GType ringElementType()
-{
-    static const GType type =
-        g_type_register_static_simple(GST_TYPE_PUSH_SRC, "SkyflareRingElement", sizeof(RingElementClass),
-                                      &initialiseClass, sizeof(RingElement), &initialise, GTypeFlags(0));
-    return type;
+    source->create = &create;
+    source->parent_class.get_times = &getTimes;
 }
 
 /// I420 has Cb and Cr one after the other, NV12 side by side.
@@ -161,10 +113,9 @@ Result<Element> RingCamera::makeElement() const
 {
     if (const auto ready = initialiseGStreamer(); !ready)
         return ready.error();
-    auto *object = static_cast<GstElement *>(g_object_new(ringElementType(), nullptr));
-    gst_object_ref_sink(object);
-    Element element(object);
-    RingState &state = stateOf(object);
+    Element element = RingElement::make();
+    gst_base_src_set_live(GST_BASE_SRC(element.get()), TRUE);
+    RingState &state = RingElement::stateOf(element.get());
     state.ring = ring_;
     gst_video_info_set_format(
         &state.info, ring_->format == Ring::Format::NV12 ? GST_VIDEO_FORMAT_NV12 : GST_VIDEO_FORMAT_I420,

@@ -4,7 +4,6 @@
 
 #include <gst/app/gstappsink.h>
 #include <gst/pbutils/missing-plugins.h>
-#include <gst/video/video.h>
 
 namespace skyflare {
 
@@ -16,18 +15,6 @@ constexpr const char *nativeFormats =
 
 /// So many pictures of a film are decoded ahead: each has its memory.
 constexpr guint picturesAhead = 3;
-
-/// Rows may be padded, and pictures be a part of what is there: unless told so, a camera or a decoder that
-/// gives such ones copies each frame.
-GstPadProbeReturn answerAllocation(GstPad *, GstPadProbeInfo *info, gpointer)
-{
-    GstQuery *query = GST_PAD_PROBE_INFO_QUERY(info);
-    if (GST_QUERY_TYPE(query) != GST_QUERY_ALLOCATION)
-        return GST_PAD_PROBE_OK;
-    gst_query_add_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
-    gst_query_add_allocation_meta(query, GST_VIDEO_CROP_META_API_TYPE, nullptr);
-    return GST_PAD_PROBE_HANDLED;
-}
 
 /// What stands between a source and the rest of the graph, if anything.
 const char *pacerFor(Pacing pacing)
@@ -77,9 +64,7 @@ Result<> CaptureGraph::addElements(Pacing pacing)
 {
     if (const auto ready = initialiseGStreamer(); !ready)
         return ready.error();
-    GstElement *pipeline = gst_pipeline_new(nullptr);
-    gst_object_ref_sink(pipeline);
-    pipeline_.reset(pipeline);
+    pipeline_ = makePipeline();
     watchBus();
     for (const auto &[element, factory] : {std::pair{&sink_, "appsink"}, std::pair{&pacer_, pacerFor(pacing)},
                                            std::pair{&converter_, "videoconvert"}}) {
@@ -120,8 +105,7 @@ void CaptureGraph::setUpSink(Pacing pacing)
         static_cast<CaptureGraph *>(self)->observer_.streamEnded();
     };
     gst_app_sink_set_callbacks(GST_APP_SINK(sink_), &callbacks, this, nullptr);
-    const Pad pad(gst_element_get_static_pad(sink_, "sink"));
-    gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_QUERY_DOWNSTREAM, &answerAllocation, nullptr, nullptr);
+    takePaddedPictures(sink_);
 }
 
 void CaptureGraph::watchBus()

@@ -1,9 +1,7 @@
 #include "platform/camera/SkyElement.h"
 
+#include "platform/camera/PushSource.h"
 #include "platform/camera/sky/SimulatedSky.h"
-
-#include <gst/base/gstpushsrc.h>
-#include <gst/video/video.h>
 
 namespace skyflare {
 
@@ -11,29 +9,20 @@ namespace {
 
 using ClockHandle = Handle<GstClock, &gst_object_unref>;
 
-/// What an element has beside GStreamer's part of it.
 struct SkyState {
+    static constexpr const char *typeName = "SkyflareSkyElement";
+    static constexpr const char *longName = "Simulated sky";
+    static constexpr const char *description = "Draws a night with fireworks";
+    static constexpr const char *caps = "video/x-raw, format = (string) I420";
+    static void fillClass(GstPushSrcClass *source);
+
     SkyParameters parameters;
     GstVideoInfo info{};
     std::unique_ptr<SimulatedSky> sky; ///< while the element is started
     std::int64_t next = 0;             ///< number of the frame to draw next
 };
 
-struct SkyElement {
-    GstPushSrc parent;
-    SkyState *state; ///< owned; GObject knows no C++ members
-};
-
-struct SkyElementClass {
-    GstPushSrcClass parent;
-};
-
-GstBaseSrcClass *parentClass = nullptr; ///< written once, when the type is registered
-
-SkyState &stateOf(gpointer element)
-{
-    return *static_cast<SkyElement *>(element)->state;
-}
+using SkyElement = PushSource<SkyState>;
 
 /// How far the graph's clock is past its start; nothing unless it plays.
 GstClockTime runningTime(GstElement *element)
@@ -69,7 +58,7 @@ void skipWhatIsLate(GstElement *element, SkyState &state)
 
 GstFlowReturn fill(GstPushSrc *element, GstBuffer *buffer)
 {
-    SkyState &state = stateOf(element);
+    SkyState &state = SkyElement::stateOf(element);
     skipWhatIsLate(GST_ELEMENT_CAST(element), state);
     GstVideoFrame mapped;
     if (gst_video_frame_map(&mapped, &state.info, buffer, GST_MAP_WRITE) == FALSE) {
@@ -93,7 +82,7 @@ GstFlowReturn fill(GstPushSrc *element, GstBuffer *buffer)
 
 gboolean start(GstBaseSrc *element)
 {
-    SkyState &state = stateOf(element);
+    SkyState &state = SkyElement::stateOf(element);
     state.next = 0;
     state.sky = std::make_unique<SimulatedSky>(state.parameters);
     gst_base_src_set_blocksize(element, static_cast<guint>(state.info.size));
@@ -102,72 +91,33 @@ gboolean start(GstBaseSrc *element)
 
 gboolean stop(GstBaseSrc *element)
 {
-    stateOf(element).sky.reset();
+    SkyElement::stateOf(element).sky.reset();
     return TRUE;
-}
-
-GstCaps *getCaps(GstBaseSrc *element, GstCaps *filter)
-{
-    Caps caps(gst_video_info_to_caps(&stateOf(element).info));
-    return filter ? gst_caps_intersect_full(filter, caps.get(), GST_CAPS_INTERSECT_FIRST) : caps.release();
 }
 
 /// Frames come from a pool, so that a running sky asks for no new memory.
 gboolean decideAllocation(GstBaseSrc *element, GstQuery *query)
 {
-    const auto needed = static_cast<guint>(stateOf(element).info.size);
+    const auto needed = static_cast<guint>(SkyElement::stateOf(element).info.size);
     if (gst_query_get_n_allocation_pools(query) == 0)
         gst_query_add_allocation_pool(query, nullptr, needed, 2, 0);
-    return parentClass->decide_allocation(element, query);
+    return SkyElement::parentClass()->decide_allocation(element, query);
 }
 
-void finalize(GObject *object)
+void SkyState::fillClass(GstPushSrcClass *source)
 {
-    const std::unique_ptr<SkyState> last(static_cast<SkyElement *>(static_cast<gpointer>(object))->state);
-    G_OBJECT_CLASS(parentClass)->finalize(object);
-}
-
-void initialiseClass(gpointer classData, gpointer)
-{
-    parentClass = GST_BASE_SRC_CLASS(g_type_class_peek_parent(classData));
-    G_OBJECT_CLASS(classData)->finalize = &finalize;
-    GstElementClass *elementClass = GST_ELEMENT_CLASS(classData);
-    gst_element_class_set_static_metadata(elementClass, "Simulated sky", "Source/Video",
-                                          "Draws a night with fireworks", "Skyflare");
-    const Caps caps(gst_caps_from_string("video/x-raw, format = (string) I420"));
-    gst_element_class_add_pad_template(elementClass,
-                                       gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, caps.get()));
-    GstBaseSrcClass *sourceClass = GST_BASE_SRC_CLASS(classData);
-    sourceClass->start = &start;
-    sourceClass->stop = &stop;
-    sourceClass->get_caps = &getCaps;
-    sourceClass->decide_allocation = &decideAllocation;
-    GST_PUSH_SRC_CLASS(classData)->fill = &fill;
-}
-
-void initialise(GTypeInstance *instance, gpointer)
-{
-    static_cast<SkyElement *>(static_cast<gpointer>(instance))->state =
-        std::make_unique<SkyState>().release();
-    gst_base_src_set_format(GST_BASE_SRC(instance), GST_FORMAT_TIME);
-}
-
-GType skyElementType()
-{
-    static const GType type =
-        g_type_register_static_simple(GST_TYPE_PUSH_SRC, "SkyflareSkyElement", sizeof(SkyElementClass),
-                                      &initialiseClass, sizeof(SkyElement), &initialise, GTypeFlags(0));
-    return type;
+    source->fill = &fill;
+    source->parent_class.start = &start;
+    source->parent_class.stop = &stop;
+    source->parent_class.decide_allocation = &decideAllocation;
 }
 
 } // namespace
 
 Element makeSkyElement(const SkyParameters &parameters)
 {
-    auto *object = static_cast<GstElement *>(g_object_new(skyElementType(), nullptr));
-    gst_object_ref_sink(object);
-    Element element(object);
-    SkyState &state = stateOf(object);
+    Element element = SkyElement::make();
+    SkyState &state = SkyElement::stateOf(element.get());
     state.parameters = parameters;
     gst_video_info_set_format(&state.info, GST_VIDEO_FORMAT_I420, static_cast<guint>(parameters.width),
                               static_cast<guint>(parameters.height));

@@ -16,7 +16,12 @@
 
 namespace skyflare {
 
+using Kind = SessionEvent::Kind;
+
 constexpr std::chrono::seconds deadline{60};
+
+inline const std::string raw = "video/x-raw,format=NV12,width=320,height=240,framerate=30/1";
+inline const std::string liveCamera = "videotestsrc is-live=true ! " + raw;
 
 /// Events as they come; a test waits for one of them.
 struct EventLog {
@@ -30,7 +35,7 @@ struct EventLog {
         events.push_back(event);
         changed.notify_all();
     }
-    bool waitFor(SessionEvent::Kind kind, std::size_t count = 1)
+    bool waitFor(Kind kind, std::size_t count = 1)
     {
         std::unique_lock lock(mutex);
         return changed.wait_for(lock, deadline, [&] {
@@ -38,18 +43,22 @@ struct EventLog {
                                              [&](const auto &event) { return event.kind == kind; })) >= count;
         });
     }
+    /// Waits for it where it has not come yet.
     SessionEvent at(std::size_t index)
     {
-        const std::scoped_lock lock(mutex);
-        return index < events.size() ? events[index] : SessionEvent{};
+        std::unique_lock lock(mutex);
+        const bool isThere = changed.wait_for(lock, deadline, [&] { return events.size() > index; });
+        return isThere ? events[index] : SessionEvent{Kind::Stopped, {}, "nothing happened", {}};
     }
+    /// The event before the last one, which is Stopped.
+    SessionEvent ending() { return at(size() - 2); }
     std::size_t size()
     {
         const std::scoped_lock lock(mutex);
         return events.size();
     }
     /// The message of the first event of that kind.
-    std::string lineOf(SessionEvent::Kind kind)
+    std::string lineOf(Kind kind)
     {
         const std::scoped_lock lock(mutex);
         const auto found = std::ranges::find(events, kind, &SessionEvent::kind);
@@ -95,6 +104,12 @@ struct PhotoLog final : PhotoCaptureDelegate {
         return changed.wait_for(lock, deadline, [&] { return photos.size() >= count; });
     }
 };
+
+/// Whether it is a buffer that passes, not an event.
+inline bool isFrame(GstPadProbeInfo *info)
+{
+    return (GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) != 0;
+}
 
 /// A camera made of GStreamer's own elements.
 struct TestCamera : CameraSource {
@@ -183,7 +198,7 @@ struct CameraRig {
     bool runToEnd()
     {
         start();
-        return events->waitFor(SessionEvent::Kind::Stopped);
+        return events->waitFor(Kind::Stopped);
     }
 };
 

@@ -13,10 +13,6 @@ namespace skyflare {
 
 namespace {
 
-using Kind = SessionEvent::Kind;
-
-const std::string liveCamera = "videotestsrc is-live=true ! video/x-raw,format=I420,width=64,height=48";
-
 /// Bytes that count up from 0.
 GstBuffer *countingBuffer(std::size_t size)
 {
@@ -112,7 +108,7 @@ TEST_CASE("a camera that hangs stops no start, stop or photo for good, and keeps
     std::latch hangs(1);
     int frames = 0;
     const auto passing = [&](GstPadProbeInfo *info) {
-        if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) != 0 && ++frames == 2) {
+        if (isFrame(info) && ++frames == 2) {
             hangs.count_down();
             answers.wait();
         }

@@ -10,7 +10,6 @@ namespace skyflare {
 
 namespace {
 
-using Kind = SessionEvent::Kind;
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
@@ -18,10 +17,10 @@ struct FilmRun {
     explicit FilmRun(const fs::path &film) : rig(std::make_shared<FilmSource>(film, Pacing::LockStep))
     {
         REQUIRE(rig.runToEnd());
-        ending = rig.events->at(rig.events->size() - 2);
+        ending = rig.events->ending();
     }
     CameraRig rig;
-    SessionEvent ending; ///< the event before Stopped
+    SessionEvent ending;
 };
 
 void write(const fs::path &path, const std::string &bytes)

@@ -12,7 +12,6 @@
 #include <thread>
 
 using namespace skyflare;
-using Kind = SessionEvent::Kind;
 
 namespace {
 
@@ -43,19 +42,7 @@ SessionEvent startAndWait(CameraRig &rig)
 {
     const std::size_t before = rig.events->size();
     rig.start();
-    std::unique_lock lock(rig.events->mutex);
-    const bool isDecided =
-        rig.events->changed.wait_for(lock, deadline, [&] { return rig.events->events.size() > before; });
-    return isDecided ? rig.events->events[before] : SessionEvent{Kind::Stopped, {}, "nothing happened", {}};
-}
-
-/// How the run ended.
-SessionEvent waitForEnd(CameraRig &rig, Kind kind)
-{
-    REQUIRE(rig.events->waitFor(kind));
-    REQUIRE(rig.events->waitFor(Kind::Stopped));
-    const std::scoped_lock lock(rig.events->mutex);
-    return *std::ranges::find(rig.events->events, kind, &SessionEvent::kind);
+    return rig.events->at(before);
 }
 
 bool isNear(int value, int wanted, int tolerance)
@@ -83,11 +70,10 @@ TEST_CASE("a camera is found, measured and photographed, whatever its pictures a
         CAPTURE(row.name);
         const auto shown = pipeWire().camera(row.name, row.pictures);
         const auto camera = cameraNamed(row.name);
-        CHECK(camera->localizedName() == row.name);
         const bool isJpeg = row.pictures.format == "JPEG";
         REQUIRE(camera->formats().size() == 1);
         CHECK(camera->formats()[0].width == row.pictures.width);
-        CHECK(camera->formats()[0].framesPerSecond == (row.pictures.rate));
+        CHECK(camera->formats()[0].framesPerSecond == row.pictures.rate);
 
         const auto photos = std::make_shared<PhotoLog>();
         CameraRig rig(camera);
@@ -150,7 +136,9 @@ TEST_CASE("a camera that goes is lost, and the same one starts when it is back")
             pipeWire().killDaemon();
         else
             shown.reset();
-        const SessionEvent lost = waitForEnd(rig, Kind::Lost);
+        REQUIRE(rig.events->waitFor(Kind::Stopped));
+        const SessionEvent lost = rig.events->ending();
+        CHECK(lost.kind == Kind::Lost);
         CHECK(lost.device == name);
         CHECK(lost.message.starts_with(name));
         REQUIRE(rig.videoQueue->sync([] {}));

@@ -67,7 +67,7 @@ TEST_CASE("every run gives the sky's frames from its first on, each at its time"
     };
     for (const std::size_t run : {1U, 2U, 3U}) {
         rig.start();
-        REQUIRE(rig.events->waitFor(SessionEvent::Kind::Stopped, run));
+        REQUIRE(rig.events->waitFor(Kind::Stopped, run));
     }
     const auto format = rig.events->at(0).format;
     CHECK(std::pair(format.width, format.height) == std::pair(321, 181));
