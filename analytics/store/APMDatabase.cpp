@@ -20,11 +20,6 @@ namespace {
 constexpr const char *connectionSql = "PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 4096;"
                                       "PRAGMA journal_size_limit = 33554432; PRAGMA cache_size = -8000;";
 
-bool isDamage(const Error &error)
-{
-    return error.domain == "SQLite" && (error.code == SQLITE_NOTADB || error.code == SQLITE_CORRUPT);
-}
-
 /// Nothing: the file is whole. What is wrong with it, or an error where it could not be asked, which says
 /// nothing about it.
 Result<std::optional<std::string>> damageIn(APMSqliteStore &store)
@@ -32,7 +27,7 @@ Result<std::optional<std::string>> damageIn(APMSqliteStore &store)
     const auto answer = store.integrity();
     if (answer && *answer == "ok")
         return std::optional<std::string>();
-    if (!answer && !isDamage(answer.error()))
+    if (!answer && !APMDatabase::isDamage(answer.error()))
         return answer.error();
     return std::optional<std::string>(answer ? *answer : answer.error().message);
 }
@@ -136,9 +131,22 @@ void APMDatabase::ensureAllTables()
     }
 }
 
+bool APMDatabase::isDamage(const Error &error)
+{
+    return error.domain == "SQLite" && (error.code == SQLITE_NOTADB || error.code == SQLITE_CORRUPT);
+}
+
 bool APMDatabase::hasMoved() const
 {
     return store_->database() && store_->database()->hasMoved();
+}
+
+Result<> APMDatabase::endTransaction(Result<> done)
+{
+    done = store_->endTransaction(std::move(done));
+    if (!done)
+        rawEvents_.forgetCount();
+    return done;
 }
 
 Result<> APMDatabase::performTransactionWithError(const std::function<Result<>()> &block)
@@ -167,61 +175,86 @@ Result<> APMDatabase::insertPurchaseTransactionWithFingerprint(std::string_view 
 Result<> APMDatabase::insertCapped(const CappedTable &table, std::string_view key)
 {
     constexpr std::int64_t mostRows = 1000;
-    const auto run = [&]() -> Result<> {
+    return store_->together([&]() -> Result<> {
         if (const auto inserted = store_->insert({"insert key", table.insertion}, {key}); !inserted)
             return inserted.error();
         return store_->deleteRecordsFromTableWithName(table.name, table.surplus, {mostRows});
-    };
-    return store_->isInTransaction() ? run() : performTransactionWithError(run);
+    });
 }
 
-Result<> APMDatabase::maybeDeleteStaleData()
+Result<std::int64_t> APMDatabase::deleteRawEvents(const std::function<Result<std::int64_t>()> &block,
+                                                  const AlongWith &alongWith)
+{
+    std::int64_t rows = 0;
+    const auto done = performTransactionWithError([&]() -> Result<> {
+        const auto deleted = block();
+        if (!deleted)
+            return deleted.error();
+        rows = *deleted;
+        return alongWith ? alongWith(rows) : Result<>();
+    });
+    if (!done)
+        return done.error();
+    return rows;
+}
+
+Result<std::int64_t> APMDatabase::maybeDeleteStaleData(const AlongWith &alongWith)
 {
     const double now = services_.clock.secondsSince1970();
     // A last time that lies ahead was taken from a wrong clock, and would put this off until then.
     const double passed = std::abs(now - services_.persistedConfig.lastStaleDataDeletion());
     if (passed <= limits_.staleDataDeletionInterval)
-        return {};
-    if (const auto deleted = deleteStaleData(now); !deleted)
-        return deleted.error();
-    services_.persistedConfig.setLastStaleDataDeletion(now);
-    return {};
+        return std::int64_t{0};
+    auto deleted = deleteRawEvents([this, now] { return deleteStaleData(now); }, alongWith);
+    if (deleted)
+        services_.persistedConfig.setLastStaleDataDeletion(now);
+    return deleted;
 }
 
-Result<> APMDatabase::deleteStaleData(double now)
+Result<std::int64_t> APMDatabase::deleteStaleData(double now)
 {
-    return performTransactionWithError([this, now]() -> Result<> {
-        const auto events = rawEvents_.deleteStale(now, limits_.maxQueueTime);
-        if (!events)
-            return events.error();
-        const auto bundles = bundles_.deleteStale(now, limits_.maxQueueTime);
-        if (!bundles)
-            return bundles.error();
-        storeLog::write(services_.monitor, storeLog::staleDataDeleted,
-                        std::to_string(*events) + ", " + std::to_string(*bundles));
-        return rawEvents_.deleteUnusedMetadata(); // where nothing is uploaded, nobody else does
-    });
+    auto events = rawEvents_.deleteStale(now, limits_.maxQueueTime);
+    if (!events)
+        return events;
+    const auto bundles = bundles_.deleteStale(now, limits_.maxQueueTime);
+    if (!bundles)
+        return bundles.error();
+    storeLog::write(services_.monitor, storeLog::staleDataDeleted,
+                    std::to_string(*events) + ", " + std::to_string(*bundles));
+    // Where nothing is uploaded, nobody else does.
+    if (const auto unused = rawEvents_.deleteUnusedMetadata(); !unused)
+        return unused.error();
+    return events;
 }
 
-Result<> APMDatabase::reset()
+Result<std::int64_t> APMDatabase::reset(const AlongWith &alongWith)
 {
-    Result<> wiped = performTransactionWithError([this]() -> Result<> {
-        for (const MeasurementTable &table : measurementTables()) {
-            if (const auto deleted = store_->deleteAllRecordsFromTableWithName(table.name); !deleted)
-                return deleted.error();
-        }
-        return appMetadata_.makeRowIfMissing();
-    });
+    auto wiped = deleteRawEvents([this] { return deleteAll(); }, alongWith);
     if (!wiped)
         return wiped;
-    rawEvents_.forgetCount();
     // The rows are gone; now what they held goes from the pages as well. It may wait for a reader to end.
     Result<> compacted = store_->database()->execute("VACUUM");
     if (compacted)
         compacted = store_->database()->checkpoint(Checkpoint::Truncate);
     if (!compacted)
         storeLog::write(services_.monitor, storeLog::notCompacted, compacted.error().description());
-    return {};
+    return wiped;
+}
+
+Result<std::int64_t> APMDatabase::deleteAll()
+{
+    auto events = rawEvents_.deleteAll();
+    if (!events)
+        return events;
+    for (const MeasurementTable &table : measurementTables()) {
+        if (table.name == LedgerTable::name)
+            continue;
+        if (const auto deleted = store_->deleteAllRecordsFromTableWithName(table.name); !deleted)
+            return deleted.error();
+    }
+    if (const auto made = appMetadata_.makeRowIfMissing(); !made)
+        return made.error();
+    return events;
 }
 
 Result<bool> APMDatabase::isTrue(const APMSqliteStore::Operation &question, const SqliteArguments &arguments)

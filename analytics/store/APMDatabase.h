@@ -4,11 +4,12 @@
 #include "analytics/store/AppMetadataTable.h"
 #include "analytics/store/BundleQueue.h"
 #include "analytics/store/EventTable.h"
-#include "analytics/store/OwnerLock.h"
+#include "analytics/store/LedgerTable.h"
 #include "analytics/store/RawEventTable.h"
 #include "analytics/store/StoreLimits.h"
 #include "analytics/store/UserAttributeTable.h"
 #include "platform/base/Clock.h"
+#include "platform/base/OwnerLock.h"
 
 namespace skyflare {
 
@@ -17,7 +18,7 @@ inline constexpr std::string_view measurementDatabaseName = "mipeme-app-measurem
 /// The measurement database: events that wait, bundles that wait, and what the engine knows between runs.
 ///
 /// What a call that succeeds has stored outlives the process, however that ends; a power failure may take the
-/// last moments with it, never the file. Several calls hold together in performTransactionWithError.
+/// last moments with it, never the file. Several calls hold together in a transaction.
 ///
 /// Threads: one at a time: the engine's worker. Owns the file against other processes. Borrows its Services.
 class APMDatabase {
@@ -38,21 +39,36 @@ public:
                                                      const Services &services, const StoreLimits &limits,
                                                      const APMSqliteStore::Options &options = {});
 
+    /// Whether an error says that the file is damaged: it has to be opened again, which makes it anew.
+    [[nodiscard]] static bool isDamage(const Error &error);
+
     void setLimits(const StoreLimits &limits) { limits_ = limits; }
     /// After this every call fails with "Database not open".
     void close() { store_->close(); }
     /// Whether the file has been moved or deleted while it was open: what is stored then is seen by nobody.
     [[nodiscard]] bool hasMoved() const;
 
+    // A transaction, as APMSqliteStore has it.
+
+    Result<> beginTransaction() { return store_->beginTransaction(); }
+    Result<> endTransaction(Result<> done = {});
     Result<> performTransactionWithError(const std::function<Result<>()> &block);
-    /// Takes the newest rows of one table alone: see cappedTables.
+    [[nodiscard]] bool isInTransaction() const { return store_->isInTransaction(); }
+    [[nodiscard]] bool isTransactionGivenUp() const { return store_->isTransactionGivenUp(); }
+
+    // The newest 1000 are kept.
+
     Result<> insertSubscriptionWithID(std::string_view subscriptionID);
     Result<> insertPurchaseTransactionWithFingerprint(std::string_view fingerprint);
 
+    /// What else a transaction is to do that has deleted raw events; told how many.
+    using AlongWith = std::function<Result<>(std::int64_t rawEvents)>;
     /// If the interval has passed since the last time: what is too old, or dated too far ahead, goes.
-    Result<> maybeDeleteStaleData();
-    /// Wipes everything, in one transaction, and out of the file.
-    Result<> reset();
+    /// @return how many raw events that were
+    Result<std::int64_t> maybeDeleteStaleData(const AlongWith &alongWith = {});
+    /// Wipes everything but the ledger, in one transaction, and out of the file.
+    /// @return how many raw events that were
+    Result<std::int64_t> reset(const AlongWith &alongWith = {});
 
     // Raw events
 
@@ -64,6 +80,9 @@ public:
     {
         return rawEvents_.metadata(fingerprint);
     }
+    /// Makes room for one more. insertRawEvent does the same, and does not tell.
+    /// @return how many had to go
+    Result<std::int64_t> trimRawEvents() { return rawEvents_.trim(limits_.maxStoredEvents); }
     Result<> insertRawEvent(const APMEvent &event, std::int64_t metadataFingerprint, IsRealtime isRealtime)
     {
         return rawEvents_.insert(event, metadataFingerprint, isRealtime, limits_.maxStoredEvents);
@@ -78,7 +97,8 @@ public:
     /// Nothing: there is no event.
     Result<std::optional<std::int64_t>> nextMetadataFingerprintToProcess();
     /// Of that metadata alone: between its events there may be others, which have not been bundled yet.
-    Result<> deleteRawEventsWithMaxRowID(std::int64_t maxRowID, std::int64_t metadataFingerprint)
+    /// @return how many
+    Result<std::int64_t> deleteRawEventsWithMaxRowID(std::int64_t maxRowID, std::int64_t metadataFingerprint)
     {
         return rawEvents_.deleteUpTo(maxRowID, metadataFingerprint);
     }
@@ -151,6 +171,14 @@ public:
         return appMetadata_.update(config);
     }
 
+    // The ledger, by the keys of its entries
+
+    Result<LedgerTable::Counts> ledgerCounts() { return ledger_.counts(); }
+    Result<> updateLedgerCount(std::string_view entry, std::int64_t count)
+    {
+        return ledger_.update(entry, count);
+    }
+
     /// For open().
     APMDatabase(OwnerLock lock, std::unique_ptr<APMSqliteStore> store, Services services, StoreLimits limits);
 
@@ -166,11 +194,16 @@ private:
     EventTable events_{*store_};
     UserAttributeTable attributes_{*store_};
     AppMetadataTable appMetadata_{*store_};
+    LedgerTable ledger_{*store_};
 
     Result<> prepare();
     void ensureAllTables();
     Result<> insertCapped(const CappedTable &table, std::string_view key);
-    Result<> deleteStaleData(double now);
+    /// The block's answer, if what it did holds.
+    Result<std::int64_t> deleteRawEvents(const std::function<Result<std::int64_t>()> &block,
+                                         const AlongWith &alongWith);
+    Result<std::int64_t> deleteStaleData(double now);
+    Result<std::int64_t> deleteAll();
     Result<bool> isTrue(const APMSqliteStore::Operation &question, const SqliteArguments &arguments = {});
     Result<std::int64_t> numberOf(const APMSqliteStore::Operation &question,
                                   const SqliteArguments &arguments = {});

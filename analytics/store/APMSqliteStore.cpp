@@ -26,22 +26,25 @@ Error sqliteError(std::string_view operation, const Error &why)
     return Error{why.domain, why.code, std::move(text), why.userInfo};
 }
 
+Error givenUp()
+{
+    return Error{"store", 3, "Transaction failed. It was rolled back before its end."};
+}
+
+struct Binder {
+    Statement &statement;
+    int position = 0;
+
+    Result<> operator()(std::monostate) const { return {}; } // what is not bound is NULL
+    Result<> operator()(const auto &held) const { return statement.bind(position, held); }
+};
+
 Result<> bind(Statement &statement, const SqliteArguments &arguments)
 {
-    int position = 0;
+    Binder binder{statement};
     for (const SqliteArgument &argument : arguments) {
-        ++position;
-        if (std::holds_alternative<std::monostate>(argument))
-            continue;
-        const auto bound = std::visit(
-            [&](const auto &held) -> Result<> {
-                if constexpr (std::is_same_v<decltype(held), const std::monostate &>)
-                    return {};
-                else
-                    return statement.bind(position, held);
-            },
-            argument);
-        if (!bound)
+        ++binder.position;
+        if (const auto bound = std::visit(binder, argument); !bound)
             return bound.error();
     }
     return {};
@@ -90,7 +93,7 @@ Result<std::unique_ptr<APMSqliteStore>> APMSqliteStore::open(const std::filesyst
 {
     if (databasePath.empty())
         return storeLog::refusal(monitor, "Received empty database path for open");
-    auto database = Database::open(databasePath, OpenMode::Write, options.busyTimeout, options.files);
+    auto database = Database::open(databasePath, options.mode, options.busyTimeout, options.files);
     if (!database) {
         Error error = sqliteError("open", database.error());
         storeLog::write(monitor, storeLog::sqliteFailure, error.message);
@@ -101,6 +104,7 @@ Result<std::unique_ptr<APMSqliteStore>> APMSqliteStore::open(const std::filesyst
 
 void APMSqliteStore::close()
 {
+    transaction_.reset();
     database_ = nullptr;
 }
 
@@ -191,10 +195,7 @@ Result<> APMSqliteStore::updateRecord(const Record &record, std::string_view inT
     arguments.push_back(columnValue);
     const std::string sql = "UPDATE " + std::string(inTableWithName) + " SET " + columnList(record, "=?") +
                             " WHERE " + std::string(columnName) + "=?";
-    const auto updated = execute({"update record", sql}, arguments);
-    if (!updated)
-        return updated.error();
-    return {};
+    return run({"update record", sql}, arguments);
 }
 
 Result<> APMSqliteStore::increaseColumn(const Increase &increase)
@@ -209,10 +210,7 @@ Result<> APMSqliteStore::increaseColumn(const Increase &increase)
     const std::string sql = "UPDATE " + std::string(increase.inTable) + " SET " + column + " = " + column +
                             " + " + std::to_string(increase.byValue) + " WHERE " +
                             std::string(increase.condition);
-    const auto increased = execute({"increase column", sql}, increase.parameterValues);
-    if (!increased)
-        return increased.error();
-    return {};
+    return run({"increase column", sql}, increase.parameterValues);
 }
 
 Result<> APMSqliteStore::deleteRecordFromTableWithName(std::string_view name, std::string_view columnName,
@@ -233,20 +231,14 @@ Result<> APMSqliteStore::deleteRecordsFromTableWithName(std::string_view name, s
     if (const auto given = checkGiven("condition", condition.empty(), "deletion"); !given)
         return given.error();
     const std::string sql = "DELETE FROM " + std::string(name) + " WHERE " + std::string(condition);
-    const auto deleted = execute({"delete records", sql}, parameterValues);
-    if (!deleted)
-        return deleted.error();
-    return {};
+    return run({"delete records", sql}, parameterValues);
 }
 
 Result<> APMSqliteStore::deleteAllRecordsFromTableWithName(std::string_view name)
 {
     if (const auto given = checkGiven("table name", name.empty(), "deletion"); !given)
         return given.error();
-    const auto deleted = execute({"delete all records", "DELETE FROM " + std::string(name)});
-    if (!deleted)
-        return deleted.error();
-    return {};
+    return run({"delete all records", "DELETE FROM " + std::string(name)});
 }
 
 Result<std::vector<Record>> APMSqliteStore::recordsForQuery(std::string_view query,
@@ -264,20 +256,10 @@ Result<std::vector<Record>> APMSqliteStore::recordsForQuery(std::string_view que
     return records;
 }
 
-Result<std::optional<double>> APMSqliteStore::numberForQuery(std::string_view query,
-                                                             const SqliteArguments &parameterValues)
-{
-    auto statement = start({"query number", query}, parameterValues);
-    if (!statement)
-        return statement.error();
-    const auto row = statement->step();
-    if (!row)
-        return failed("query number", row.error());
-    return *row ? statement->real(0) : std::nullopt;
-}
-
-Result<std::optional<std::int64_t>> APMSqliteStore::integer(const Operation &operation,
-                                                            const SqliteArguments &arguments)
+template <typename Number>
+Result<std::optional<Number>> APMSqliteStore::first(const Operation &operation,
+                                                    const SqliteArguments &arguments,
+                                                    std::optional<Number> (Statement::*read)(int) const)
 {
     auto statement = start(operation, arguments);
     if (!statement)
@@ -285,7 +267,19 @@ Result<std::optional<std::int64_t>> APMSqliteStore::integer(const Operation &ope
     const auto row = statement->step();
     if (!row)
         return failed(operation.name, row.error());
-    return *row ? statement->integer(0) : std::nullopt;
+    return *row ? ((*statement).*read)(0) : std::nullopt;
+}
+
+Result<std::optional<double>> APMSqliteStore::numberForQuery(std::string_view query,
+                                                             const SqliteArguments &parameterValues)
+{
+    return first({"query number", query}, parameterValues, &Statement::real);
+}
+
+Result<std::optional<std::int64_t>> APMSqliteStore::integer(const Operation &operation,
+                                                            const SqliteArguments &arguments)
+{
+    return first(operation, arguments, &Statement::integer);
 }
 
 Result<std::int64_t> APMSqliteStore::execute(const Operation &operation, const SqliteArguments &arguments)
@@ -293,6 +287,11 @@ Result<std::int64_t> APMSqliteStore::execute(const Operation &operation, const S
     if (const auto run = forEachRow(operation, arguments, [](const Statement &) {}); !run)
         return run.error();
     return database_->changedRows();
+}
+
+Result<> APMSqliteStore::run(const Operation &operation, const SqliteArguments &arguments)
+{
+    return forEachRow(operation, arguments, [](const Statement &) {});
 }
 
 Result<> APMSqliteStore::insert(const Operation &operation, const SqliteArguments &arguments)
@@ -308,43 +307,59 @@ Result<> APMSqliteStore::insert(const Operation &operation, const SqliteArgument
     return error;
 }
 
-Result<> APMSqliteStore::performTransactionWithError(const std::function<Result<>()> &block)
+Result<> APMSqliteStore::beginTransaction()
 {
     if (!database_)
         return storeLog::refusal(monitor_, "Database not open");
-    if (inTransaction_)
+    if (transaction_)
         return storeLog::refusal(monitor_, "Transaction failed. Another one is open.");
-    auto transaction = Transaction::begin(*database_, Transaction::Kind::Exclusive);
-    if (!transaction)
-        return failed("begin transaction", transaction.error());
-    inTransaction_ = true;
-    Result<> done = runBlock(block, *transaction);
-    inTransaction_ = false;
-    if (!done)
+    auto begun = Transaction::begin(*database_, Transaction::Kind::Exclusive);
+    if (!begun)
+        return failed("begin transaction", begun.error());
+    transaction_.emplace(*std::move(begun));
+    return {};
+}
+
+Result<> APMSqliteStore::endTransaction(Result<> done)
+{
+    if (!transaction_)
+        return storeLog::refusal(monitor_,
+                                 database_ ? "Transaction failed. None is open." : "Database not open");
+    if (done && isTransactionGivenUp())
+        done = givenUp();
+    if (done) {
+        if (const auto committed = transaction_->commit(); !committed)
+            done = failed("end transaction", committed.error());
+    }
+    if (!done) {
+        if (const auto rolledBack = transaction_->rollback(); !rolledBack)
+            storeLog::write(monitor_, storeLog::rollbackFailed, rolledBack.error().message);
         storeLog::write(monitor_, storeLog::transactionFailed, done.error().message);
+    }
+    transaction_.reset();
     return done;
 }
 
 /// Deliberate: what a block throws ends here, so that no transaction stays open.
-Result<> APMSqliteStore::runBlock(const std::function<Result<>()> &block, Transaction &transaction)
+Result<> APMSqliteStore::performTransactionWithError(const std::function<Result<>()> &block)
 {
-    Result<> done;
+    if (const auto begun = beginTransaction(); !begun)
+        return begun.error();
     try {
-        done = block();
+        return endTransaction(block());
     } catch (const std::exception &exception) {
-        done = Error{"store", 2, std::string("Transaction failed: ") + exception.what()};
+        return endTransaction(Error{"store", 2, std::string("Transaction failed: ") + exception.what()});
     }
-    if (done && !database_->isInTransaction())
-        done = Error{"store", 3, "Transaction failed. It was rolled back before its end."};
-    if (done) {
-        const auto committed = transaction.commit();
-        if (committed)
-            return {};
-        done = failed("end transaction", committed.error());
-    }
-    if (const auto rolledBack = transaction.rollback(); !rolledBack)
-        storeLog::write(monitor_, storeLog::rollbackFailed, rolledBack.error().message);
-    return done;
+}
+
+Result<> APMSqliteStore::together(const std::function<Result<>()> &block)
+{
+    return isInTransaction() ? block() : performTransactionWithError(block);
+}
+
+bool APMSqliteStore::isTransactionGivenUp() const
+{
+    return transaction_ && !database_->isInTransaction();
 }
 
 Result<Statement> APMSqliteStore::start(const Operation &operation, const SqliteArguments &arguments)
@@ -353,8 +368,8 @@ Result<Statement> APMSqliteStore::start(const Operation &operation, const Sqlite
         return storeLog::refusal(monitor_, "Database not open");
     if (const auto given = checkGiven("query", operation.sql.empty(), operation.name); !given)
         return given.error();
-    if (inTransaction_ && !database_->isInTransaction())
-        return Error{"store", 3, "Transaction failed. It was rolled back before its end."};
+    if (isTransactionGivenUp())
+        return givenUp();
     auto statement = database_->prepare(operation.sql);
     if (!statement && statement.error().code == SQLITE_MISUSE)
         return storeLog::refusal(monitor_, statement.error().message);

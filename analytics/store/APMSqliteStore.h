@@ -21,10 +21,12 @@ class APMSqliteStore {
 public:
     struct Options {
         std::chrono::milliseconds busyTimeout{100}; ///< for another program that looks into the file
-        std::string files; ///< SQLite's name of what reads and writes files; empty: the system's own
+        std::string files = {}; ///< SQLite's name of what reads and writes files; empty: the system's own
+        OpenMode mode = OpenMode::Write;
     };
 
-    /// Makes the file if it is missing, in a folder that is there. Does not read it: validate does.
+    /// For writing, makes the file if it is missing, in a folder that is there. Does not read it: integrity()
+    /// does.
     static Result<std::unique_ptr<APMSqliteStore>> open(const std::filesystem::path &databasePath,
                                                         APMMonitor &monitor, const Options &options);
 
@@ -64,10 +66,19 @@ public:
     Result<std::optional<double>> numberForQuery(std::string_view query,
                                                  const SqliteArguments &parameterValues = {});
 
-    /// Runs the block; what it did holds only if it succeeds. Where SQLite has given the transaction up by
-    /// itself, as on a full disk, every operation that follows in the block fails.
+    /// Opens a transaction. Where SQLite gives it up by itself, as on a full disk, every operation that
+    /// follows before its end fails.
+    Result<> beginTransaction();
+    /// Commits where `done` is no error, else rolls back.
+    /// @return `done`, or why nothing was committed
+    Result<> endTransaction(Result<> done = {});
+    /// Runs the block in a transaction of its own: what it did holds only if it succeeds.
     Result<> performTransactionWithError(const std::function<Result<>()> &block);
-    [[nodiscard]] bool isInTransaction() const { return inTransaction_; }
+    /// The same; but in a transaction that is open the block becomes a part of that one.
+    Result<> together(const std::function<Result<>()> &block);
+    [[nodiscard]] bool isInTransaction() const { return transaction_.has_value(); }
+    /// Whether SQLite has given up the transaction that is open.
+    [[nodiscard]] bool isTransactionGivenUp() const;
 
     // For who knows the tables: statements that are compiled once.
 
@@ -77,6 +88,8 @@ public:
     };
     /// @return how many rows an insertion, update or deletion has changed
     Result<std::int64_t> execute(const Operation &operation, const SqliteArguments &arguments = {});
+    /// For who does not ask how many.
+    Result<> run(const Operation &operation, const SqliteArguments &arguments = {});
     /// Calls `row` for every row.
     template <typename Row>
     Result<> forEachRow(const Operation &operation, const SqliteArguments &arguments, const Row &row)
@@ -108,12 +121,14 @@ private:
     const std::filesystem::path path_;
     std::unique_ptr<Database> database_;
     APMMonitor &monitor_;
-    bool inTransaction_ = false;
+    std::optional<Transaction> transaction_; // goes before the connection
 
     [[nodiscard]] Result<Statement> start(const Operation &operation, const SqliteArguments &arguments);
     [[nodiscard]] Error failed(std::string_view operation, const Error &why) const;
     [[nodiscard]] Result<> checkGiven(std::string_view what, bool isEmpty, std::string_view operation) const;
-    Result<> runBlock(const std::function<Result<>()> &block, Transaction &transaction);
+    template <typename Number>
+    Result<std::optional<Number>> first(const Operation &operation, const SqliteArguments &arguments,
+                                        std::optional<Number> (Statement::*read)(int) const);
 };
 
 } // namespace skyflare

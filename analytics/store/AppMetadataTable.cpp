@@ -36,8 +36,7 @@ Result<> AppMetadataTable::update(const APMAppMetadata &metadata)
     const auto &[index, end, start, delivery] = metadata;
     return updateRow("UPDATE app_metadata SET last_bundle_index = ?, last_bundle_end_timestamp = ?, "
                      "last_bundle_start_timestamp = ?, last_delivery_index = ?",
-                     {index, end, start ? SqliteArgument(*start) : SqliteArgument(),
-                      delivery ? SqliteArgument(*delivery) : SqliteArgument()});
+                     {index, end, argumentOrNull(start), argumentOrNull(delivery)});
 }
 
 Result<APMDailyCounts> AppMetadataTable::dailyCounts()
@@ -99,8 +98,7 @@ Result<> AppMetadataTable::updateRow(std::string_view sql, const SqliteArguments
         return {};
     if (const auto made = makeRowIfMissing(); !made)
         return made.error();
-    const auto again = store_.execute({"update app metadata", sql}, arguments);
-    return again ? Result<>() : again.error();
+    return store_.run({"update app metadata", sql}, arguments);
 }
 
 } // namespace skyflare

@@ -121,17 +121,15 @@ Result<std::vector<QueuedBundle>> BundleQueue::withRowIDs(std::span<const std::i
 Result<> BundleQueue::incrementRetryCounters(std::span<const std::int64_t> rowIDs)
 {
     const std::string condition = rowIDCondition(rowIDs);
-    const auto increment = [&]() -> Result<> {
+    return store_.together([&]() -> Result<> {
         // Rows of a version that did not count them have NULL, to which nothing can be added.
         const auto counted =
-            store_.execute({"increment retry counter", "UPDATE queue SET retry_count = 0 WHERE "
-                                                       "retry_count IS NULL AND " +
-                                                           condition});
+            store_.run({"increment retry counter",
+                        "UPDATE queue SET retry_count = 0 WHERE retry_count IS NULL AND " + condition});
         if (!counted)
             return counted.error();
         return store_.increaseColumn({"retry_count", 1, "queue", condition, {}});
-    };
-    return store_.isInTransaction() ? increment() : store_.performTransactionWithError(increment);
+    });
 }
 
 Result<> BundleQueue::deleteWithRowIDs(std::span<const std::int64_t> rowIDs)

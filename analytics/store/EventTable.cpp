@@ -4,15 +4,15 @@ namespace skyflare {
 
 namespace {
 
-#define SKYFLARE_EVENT_COLUMNS                                                                               \
-    "name, lifetime_count, current_bundle_count, last_fire_timestamp, last_bundled_timestamp, "              \
-    "last_sampled_complex_event_id, last_sampling_rate, last_exempt_from_sampling, last_bundled_day, "       \
-    "current_session_count"
+constexpr std::string_view insertion =
+    "INSERT OR REPLACE INTO events (name, lifetime_count, current_bundle_count, last_fire_timestamp, "
+    "last_bundled_timestamp, last_sampled_complex_event_id, last_sampling_rate, last_exempt_from_sampling, "
+    "last_bundled_day, current_session_count) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
 
-template <typename Number> SqliteArgument argumentOrNull(const std::optional<Number> &number)
-{
-    return number ? SqliteArgument(*number) : SqliteArgument();
-}
+constexpr std::string_view selection =
+    "SELECT name, lifetime_count, current_bundle_count, last_fire_timestamp, last_bundled_timestamp, "
+    "last_sampled_complex_event_id, last_sampling_rate, last_exempt_from_sampling, last_bundled_day, "
+    "current_session_count FROM events";
 
 APMEventAggregates aggregatesOf(const Statement &row)
 {
@@ -33,8 +33,7 @@ APMEventAggregates aggregatesOf(const Statement &row)
 Result<> EventTable::update(const APMEventAggregates &aggregates)
 {
     return store_.insert(
-        {"update event aggregates",
-         "INSERT OR REPLACE INTO events (" SKYFLARE_EVENT_COLUMNS ") VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"},
+        {"update event aggregates", insertion},
         {aggregates.name, aggregates.lifetimeCount, aggregates.currentBundleCount,
          aggregates.lastFireTimestamp, argumentOrNull(aggregates.lastBundledTimestamp),
          argumentOrNull(aggregates.lastSampledComplexEventID), argumentOrNull(aggregates.lastSamplingRate),
@@ -45,9 +44,9 @@ Result<> EventTable::update(const APMEventAggregates &aggregates)
 Result<std::optional<APMEventAggregates>> EventTable::withName(std::string_view name)
 {
     std::optional<APMEventAggregates> found;
-    const auto asked = store_.forEachRow(
-        {"query event aggregates", "SELECT " SKYFLARE_EVENT_COLUMNS " FROM events WHERE name = ?"}, {name},
-        [&found](const Statement &row) { found = aggregatesOf(row); });
+    const std::string sql = std::string(selection) + " WHERE name = ?";
+    const auto asked = store_.forEachRow({"query event aggregates", sql}, {name},
+                                         [&found](const Statement &row) { found = aggregatesOf(row); });
     if (!asked)
         return asked.error();
     return found;
@@ -56,9 +55,10 @@ Result<std::optional<APMEventAggregates>> EventTable::withName(std::string_view 
 Result<std::vector<APMEventAggregates>> EventTable::all()
 {
     std::vector<APMEventAggregates> found;
-    const auto asked = store_.forEachRow(
-        {"query event aggregates", "SELECT " SKYFLARE_EVENT_COLUMNS " FROM events LIMIT 1000"}, {},
-        [&found](const Statement &row) { found.push_back(aggregatesOf(row)); });
+    const std::string sql = std::string(selection) + " LIMIT 1000";
+    const auto asked = store_.forEachRow({"query event aggregates", sql}, {}, [&found](const Statement &row) {
+        found.push_back(aggregatesOf(row));
+    });
     if (!asked)
         return asked.error();
     return found;

@@ -16,16 +16,6 @@ constexpr int gzipWindow = 15 + 16; // the largest window; 16 asks for gzip's fr
 constexpr int usualMemory = 8;
 constexpr std::size_t mostAtOnce = std::numeric_limits<uInt>::max();
 
-void endDeflate(z_stream *stream)
-{
-    deflateEnd(stream);
-}
-
-void endInflate(z_stream *stream)
-{
-    inflateEnd(stream);
-}
-
 } // namespace
 
 Result<Bytes> gzip(std::span<const std::uint8_t> bytes)
@@ -35,7 +25,7 @@ Result<Bytes> gzip(std::span<const std::uint8_t> bytes)
     if (bytes.size() > mostAtOnce / 2 || deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, gzipWindow,
                                                       usualMemory, Z_DEFAULT_STRATEGY) != Z_OK)
         return failed;
-    const Handle<z_stream, &endDeflate> end(&stream);
+    const Handle<z_stream, &deflateEnd> end(&stream);
     Bytes result(deflateBound(&stream, bytes.size()));
     stream.next_in = const_cast<Bytef *>(bytes.data());
     stream.avail_in = static_cast<uInt>(bytes.size());
@@ -52,7 +42,7 @@ Result<Bytes> gunzip(std::span<const std::uint8_t> bytes, std::size_t most)
     z_stream stream{};
     if (bytes.size() > mostAtOnce || inflateInit2(&stream, gzipWindow) != Z_OK)
         return Error{"zlib", 0, "Unable to decompress bundle data"};
-    const Handle<z_stream, &endInflate> end(&stream);
+    const Handle<z_stream, &inflateEnd> end(&stream);
     stream.next_in = const_cast<Bytef *>(bytes.data());
     stream.avail_in = static_cast<uInt>(bytes.size());
     Bytes result;

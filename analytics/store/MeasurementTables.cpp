@@ -91,6 +91,9 @@ constexpr std::array mainEventParams{ColumnInfo{"event_id", "INTEGER NOT NULL PR
                                      ColumnInfo{"children_to_process", "INTEGER NOT NULL"},
                                      ColumnInfo{"main_event", "BLOB NOT NULL"}};
 
+constexpr std::array eventLedger{ColumnInfo{"entry", "TEXT NOT NULL PRIMARY KEY"},
+                                 ColumnInfo{"count", "INTEGER NOT NULL"}};
+
 constexpr std::string_view filterKey = R"(PRIMARY KEY ("audience_id", "filter_id"))";
 
 constexpr std::array tables{
@@ -106,7 +109,8 @@ constexpr std::array tables{
     MeasurementTable{"purchase_transactions", {purchaseTransactions, {}, {}, {}}},
     MeasurementTable{"subscriptions", {subscriptions, {}, {}, {}}},
     MeasurementTable{"conditional_properties", {conditionalProperties, {}, {}, {}}},
-    MeasurementTable{"main_event_params", {mainEventParams, {}, {}, {}}}};
+    MeasurementTable{"main_event_params", {mainEventParams, {}, {}, {}}},
+    MeasurementTable{"event_ledger", {eventLedger, {}, {}, {}}}};
 
 } // namespace
 

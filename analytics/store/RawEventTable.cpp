@@ -51,46 +51,45 @@ Result<> RawEventTable::insert(const APMEvent &event, std::int64_t metadataFinge
     const auto number = count();
     if (!number)
         return number.error();
-    const auto run = [&] { return trimAndInsert(event, metadataFingerprint, isRealtime, maxStoredEvents); };
-    if (*number < maxStoredEvents || store_.isInTransaction())
-        return run();
-    Result<> done = store_.performTransactionWithError(run);
+    if (*number < maxStoredEvents)
+        return insertRow(event, metadataFingerprint, isRealtime);
+    Result<> done = store_.together([&]() -> Result<> {
+        if (const auto trimmed = trim(maxStoredEvents); !trimmed)
+            return trimmed.error();
+        return insertRow(event, metadataFingerprint, isRealtime);
+    });
     if (!done)
         forgetCount();
     return done;
 }
 
-Result<> RawEventTable::trimAndInsert(const APMEvent &event, std::int64_t metadataFingerprint,
-                                      IsRealtime isRealtime, std::int64_t maxStoredEvents)
+Result<> RawEventTable::insertRow(const APMEvent &event, std::int64_t metadataFingerprint,
+                                  IsRealtime isRealtime)
 {
-    if (const auto trimmed = trimBeforeInsert(maxStoredEvents); !trimmed)
-        return trimmed.error();
     const std::string name = validUtf8(event.name);
     const Bytes data = EventMessage::encode(event);
     auto inserted = store_.insert(
         {"insert raw event", "INSERT INTO raw_events (name, timestamp, metadata_fingerprint, data, "
                              "is_realtime) VALUES (?, ?, ?, ?, ?)"},
         {name, event.timestamp, metadataFingerprint, data, std::int64_t{isRealtime == IsRealtime::Yes}});
-    if (inserted)
+    if (inserted && count_)
         ++*count_;
     return inserted;
 }
 
 /// Deletes what "rowid IN (SELECT rowid FROM raw_events ORDER BY rowid DESC LIMIT -1 OFFSET ?)" would with
 /// the limit minus one, from the other end: without walking over all rows that stay.
-Result<> RawEventTable::trimBeforeInsert(std::int64_t maxStoredEvents)
+Result<std::int64_t> RawEventTable::trim(std::int64_t maxStoredEvents)
 {
     const auto number = count();
     if (!number)
         return number.error();
-    if (*number < maxStoredEvents)
-        return {};
     const std::int64_t surplus = *number - (maxStoredEvents - 1);
-    const auto trimmed =
-        deleteCounted({"trim raw events", "DELETE FROM raw_events WHERE rowid <= (SELECT rowid FROM "
-                                          "raw_events ORDER BY rowid ASC LIMIT 1 OFFSET ?)"},
-                      {surplus - 1});
-    return trimmed ? Result<>() : trimmed.error();
+    if (surplus <= 0 || maxStoredEvents <= 0)
+        return std::int64_t{0};
+    return deleteCounted({"trim raw events", "DELETE FROM raw_events WHERE rowid <= (SELECT rowid FROM "
+                                             "raw_events ORDER BY rowid ASC LIMIT 1 OFFSET ?)"},
+                         {surplus - 1});
 }
 
 Result<std::int64_t> RawEventTable::deleteCounted(const APMSqliteStore::Operation &operation,
@@ -114,28 +113,41 @@ Result<RawEvents> RawEventTable::events(std::int64_t metadataFingerprint, std::i
     for (const Record &record : *records) {
         found.maxRowID = std::get<std::int64_t>(record.at("rowid"));
         const auto *data = std::get_if<Bytes>(&record.at("data"));
-        auto event = EventMessage::decode(data ? *data : Bytes());
-        if (!event || event->name.empty()) {
-            storeLog::write(store_.monitor(), storeLog::unreadableEvent,
-                            std::to_string(found.maxRowID) + ", " +
-                                (event ? "it has no name" : event.error().message));
-            continue;
-        }
-        if (eventFilter && !eventFilter(*event))
-            continue;
         const bool isRealtime = record.at("is_realtime") == SqliteValue(std::int64_t{1});
-        found.events.push_back(
-            {found.maxRowID, *std::move(event), isRealtime ? IsRealtime::Yes : IsRealtime::No});
+        auto event = read(found.maxRowID, data ? *data : Bytes(), isRealtime);
+        if (event && (!eventFilter || eventFilter(event->event)))
+            found.events.push_back(*std::move(event));
     }
     return found;
 }
 
-Result<> RawEventTable::deleteUpTo(std::int64_t maxRowID, std::int64_t metadataFingerprint)
+Result<> RawEventTable::forEach(const std::function<void(const RawEvent &)> &event)
 {
-    const auto deleted = deleteCounted(
+    return store_.forEachRow(
+        {"query all raw events", "SELECT rowid, data, is_realtime FROM raw_events ORDER BY rowid ASC"}, {},
+        [&](const Statement &row) {
+            const auto data = row.bytes(1).value_or(std::span<const std::uint8_t>());
+            if (const auto found = read(row.integer(0).value_or(0), data, row.integer(2) == 1))
+                event(*found);
+        });
+}
+
+std::optional<RawEvent> RawEventTable::read(std::int64_t rowID, std::span<const std::uint8_t> data,
+                                            bool isRealtime) const
+{
+    auto event = EventMessage::decode(data);
+    if (event && !event->name.empty())
+        return RawEvent{rowID, *std::move(event), isRealtime ? IsRealtime::Yes : IsRealtime::No};
+    storeLog::write(store_.monitor(), storeLog::unreadableEvent,
+                    std::to_string(rowID) + ", " + (event ? "it has no name" : event.error().message));
+    return {};
+}
+
+Result<std::int64_t> RawEventTable::deleteUpTo(std::int64_t maxRowID, std::int64_t metadataFingerprint)
+{
+    return deleteCounted(
         {"delete raw events", "DELETE FROM raw_events WHERE rowid <= ? AND metadata_fingerprint = ?"},
         {maxRowID, metadataFingerprint});
-    return deleted ? Result<>() : deleted.error();
 }
 
 Result<> RawEventTable::deleteUnusedMetadata()
@@ -153,6 +165,11 @@ Result<std::int64_t> RawEventTable::deleteStale(double now, double age)
     return deleteCounted({"delete stale raw events",
                           "DELETE FROM raw_events WHERE abs(timestamp - cast(? as REAL)) > cast(? as REAL)"},
                          {now, age});
+}
+
+Result<std::int64_t> RawEventTable::deleteAll()
+{
+    return deleteCounted({"delete all raw events", "DELETE FROM raw_events"}, {});
 }
 
 Result<std::int64_t> RawEventTable::count()

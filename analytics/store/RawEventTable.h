@@ -42,15 +42,23 @@ public:
     Result<> insertMetadataIfNotExists(const RawEventMetadata &metadata);
     Result<std::optional<APMMetadata>> metadata(std::int64_t fingerprint);
 
-    /// Makes room first: the new event is one of the newest maxStoredEvents.
+    /// Makes room for one event, which is to be one of the newest maxStoredEvents.
+    /// @return how many had to go
+    Result<std::int64_t> trim(std::int64_t maxStoredEvents);
+    /// Trims first.
     Result<> insert(const APMEvent &event, std::int64_t metadataFingerprint, IsRealtime isRealtime,
                     std::int64_t maxStoredEvents);
     Result<RawEvents> events(std::int64_t metadataFingerprint, std::int64_t most,
                              const std::function<bool(const APMEvent &)> &eventFilter);
-    Result<> deleteUpTo(std::int64_t maxRowID, std::int64_t metadataFingerprint);
+    /// Of every metadata, oldest first. One that cannot be read is logged and left out.
+    Result<> forEach(const std::function<void(const RawEvent &)> &event);
+    /// @return how many
+    Result<std::int64_t> deleteUpTo(std::int64_t maxRowID, std::int64_t metadataFingerprint);
     Result<> deleteUnusedMetadata();
     /// @return how many
     Result<std::int64_t> deleteStale(double now, double age);
+    /// @return how many
+    Result<std::int64_t> deleteAll();
     Result<std::int64_t> count();
     /// After what was done has been undone.
     void forgetCount() { count_.reset(); }
@@ -59,11 +67,11 @@ private:
     APMSqliteStore &store_;
     std::optional<std::int64_t> count_; ///< nothing: the table has to be asked
 
-    Result<> trimBeforeInsert(std::int64_t maxStoredEvents);
     Result<std::int64_t> deleteCounted(const APMSqliteStore::Operation &operation,
                                        const SqliteArguments &arguments);
-    Result<> trimAndInsert(const APMEvent &event, std::int64_t metadataFingerprint, IsRealtime isRealtime,
-                           std::int64_t maxStoredEvents);
+    Result<> insertRow(const APMEvent &event, std::int64_t metadataFingerprint, IsRealtime isRealtime);
+    [[nodiscard]] std::optional<RawEvent> read(std::int64_t rowID, std::span<const std::uint8_t> data,
+                                               bool isRealtime) const;
 };
 
 } // namespace skyflare

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -40,6 +41,12 @@ private:
 inline SqliteArgument argumentOf(const SqliteValue &value)
 {
     return std::visit([](const auto &held) { return SqliteArgument(held); }, value);
+}
+
+/// Nothing is NULL.
+template <typename Number> SqliteArgument argumentOrNull(const std::optional<Number> &number)
+{
+    return number ? SqliteArgument(*number) : SqliteArgument();
 }
 
 } // namespace skyflare

@@ -130,9 +130,7 @@ Result<> TableBuilder::create(const std::vector<Present> &unknown)
         append(columns, column.name, column.type);
     if (!info_.constraint.empty())
         columns.append(", ").append(info_.constraint);
-    const auto created =
-        store_.execute({"create table", "CREATE TABLE IF NOT EXISTS " + name_ + " (" + columns + ")"});
-    return created ? Result<>() : created.error();
+    return store_.run({"create table", "CREATE TABLE IF NOT EXISTS " + name_ + " (" + columns + ")"});
 }
 
 Result<> TableBuilder::addMissing(const std::vector<Present> &present)
@@ -141,8 +139,8 @@ Result<> TableBuilder::addMissing(const std::vector<Present> &present)
         if (find(present, column.name))
             continue;
         const auto added =
-            store_.execute({"add column", "ALTER TABLE " + name_ + " ADD COLUMN " + std::string(column.name) +
-                                              " " + std::string(column.type)});
+            store_.run({"add column", "ALTER TABLE " + name_ + " ADD COLUMN " + std::string(column.name) +
+                                          " " + std::string(column.type)});
         if (!added)
             return added.error();
     }
@@ -163,16 +161,15 @@ Result<> TableBuilder::rebuild()
             unknown.push_back(column);
     }
     const std::string old = name_ + std::string(oldSuffix);
-    if (const auto renamed = store_.execute({"rename table", "ALTER TABLE " + name_ + " RENAME TO " + old});
+    if (const auto renamed = store_.run({"rename table", "ALTER TABLE " + name_ + " RENAME TO " + old});
         !renamed)
         return renamed.error();
     if (const auto created = create(unknown); !created)
         return created.error();
     std::string copy = "INSERT INTO " + name_ + " (" + names + ") SELECT " + names + " FROM " + old;
-    if (const auto copied = store_.execute({"copy rows", copy + " ORDER BY rowid"}); !copied)
+    if (const auto copied = store_.run({"copy rows", copy + " ORDER BY rowid"}); !copied)
         return copied.error();
-    const auto dropped = store_.execute({"drop table", "DROP TABLE " + old});
-    return dropped ? Result<>() : dropped.error();
+    return store_.run({"drop table", "DROP TABLE " + old});
 }
 
 } // namespace skyflare

@@ -23,13 +23,6 @@ struct Faults {
     ~Faults() { fileFaults::plan(Kind::None); }
 };
 
-/// Where nothing has to wait for a disk.
-std::filesystem::path inMemory()
-{
-    const std::filesystem::path memory = "/dev/shm";
-    return access(memory.c_str(), W_OK | X_OK) == 0 ? memory : std::filesystem::temp_directory_path();
-}
-
 /// An older version's file: without the columns that came later, with another declaration of the time.
 constexpr const char *olderTable = R"(
     CREATE TABLE raw_events (name TEXT NOT NULL, timestamp INTEGER NOT NULL,

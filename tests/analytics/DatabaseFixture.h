@@ -6,6 +6,7 @@
 #include "tests/fakes/VirtualTime.h"
 
 #include <doctest/doctest.h>
+#include <unistd.h>
 
 namespace skyflare {
 
@@ -15,6 +16,13 @@ public:
     [[nodiscard]] double lastStaleDataDeletion() const override { return last; }
     void setLastStaleDataDeletion(double secondsSince1970) override { last = secondsSince1970; }
 };
+
+/// Where nothing has to wait for a disk.
+inline std::filesystem::path inMemory()
+{
+    const std::filesystem::path memory = "/dev/shm";
+    return access(memory.c_str(), W_OK | X_OK) == 0 ? memory : std::filesystem::temp_directory_path();
+}
 
 /// A measurement database in a folder of the test's own.
 struct DatabaseFixture {

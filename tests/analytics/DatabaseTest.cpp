@@ -265,7 +265,6 @@ TEST_CASE_FIXTURE(DatabaseFixture, "bundles wait in order, as many as fit, and c
     const std::vector<std::int64_t> failed{1, 4};
     REQUIRE(database->incrementRetryCounterForBundlesWithIDs(failed));
     REQUIRE(database->incrementRetryCounterForBundlesWithIDs(failed));
-    CHECK(ask("SELECT retry_count FROM queue") == Names{"NULL", "NULL", "NULL", "NULL", "NULL"}); // no text
     CHECK(ask("SELECT '' || COALESCE(retry_count, '-') FROM queue") == Names{"2", "0", "0", "2", "-"});
     CHECK(*database->hasBundlesWithRetryCount(2));
     CHECK(database->queryBundlesWithRowIDs(failed)->at(0).retryCount == 2);

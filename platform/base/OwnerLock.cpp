@@ -1,4 +1,4 @@
-#include "analytics/store/OwnerLock.h"
+#include "platform/base/OwnerLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
