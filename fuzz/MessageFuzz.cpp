@@ -3,22 +3,11 @@
 #include "analytics/proto/EventMessage.h"
 #include "analytics/proto/MetadataMessage.h"
 #include "analytics/proto/UserAttributeMessage.h"
-#include "platform/base/Text.h"
-
-#include <cstdio>
-#include <cstdlib>
+#include "fuzz/Checks.h"
 
 using namespace skyflare;
 
 namespace {
-
-void require(bool holds, const char *what)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "does not hold: %s\n", what);
-    std::abort();
-}
 
 /// What could be read is written, read again and written the same.
 template <typename Message> auto check(std::span<const std::uint8_t> bytes)

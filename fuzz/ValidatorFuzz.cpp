@@ -1,101 +1,17 @@
-// Any bytes as names and values. The input is a row of fields: the lowest bits of a byte say of which kind
-// the field is, the next byte how long it is.
+// Any bytes as names and values.
 #include "analytics/validation/APMDataTypeValidator.h"
 #include "analytics/validation/CodePoints.h"
 #include "analytics/validation/ErrorMarker.h"
 #include "analytics/validation/EventParameterFilter.h"
 #include "analytics/validation/ReservedNames.h"
-#include "platform/base/Text.h"
+#include "fuzz/Checks.h"
+#include "fuzz/Input.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 
 using namespace skyflare;
 
 namespace {
-
-void require(bool holds, const char *what)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "does not hold: %s\n", what);
-    std::abort();
-}
-
-/// Takes every message, and wants each to be one line of UTF-8.
-class StrictMonitor final : public APMMonitor {
-public:
-    [[nodiscard]] bool isLogging(Level) const override { return true; }
-    void log(Level, int messageCode, std::string_view message) override
-    {
-        require(messageCode >= 13000, "a message has a number");
-        require(message.find('\n') == std::string_view::npos, "a message is one line");
-        require(validUtf8(message) == message, "a message is UTF-8");
-    }
-};
-
-class Input {
-public:
-    Input(const std::uint8_t *data, std::size_t size) : rest_(reinterpret_cast<const char *>(data), size) {}
-
-    [[nodiscard]] bool isAtEnd() const { return rest_.empty(); }
-    std::uint8_t byte()
-    {
-        if (rest_.empty())
-            return 0;
-        const auto first = static_cast<std::uint8_t>(rest_.front());
-        rest_.remove_prefix(1);
-        return first;
-    }
-    /// The byte before it says how long it is; it is repeated, so that the limits are in reach.
-    std::string text(int repeated = 1)
-    {
-        const std::size_t size = std::min<std::size_t>(byte(), rest_.size());
-        const std::string once(rest_.substr(0, size));
-        rest_.remove_prefix(size);
-        std::string result;
-        for (int i = 0; i < repeated; ++i)
-            result += once;
-        return result;
-    }
-    PropertyList value(int depth = 0)
-    {
-        const int kind = byte();
-        switch (kind & 7) {
-        case 0:
-            return (kind & 8) != 0;
-        case 1:
-            return std::int64_t{kind};
-        case 2:
-            return static_cast<double>(kind) / 7;
-        case 3:
-            return Bytes(2);
-        case 4:
-            return depth < 4 ? PropertyList(dictionary(kind >> 3, depth + 1)) : PropertyList(false);
-        case 5: {
-            PropertyList::Array array;
-            for (int i = kind >> 3; i > 0 && depth < 4 && !isAtEnd(); --i)
-                array.push_back(value(depth + 1));
-            return array;
-        }
-        default:
-            return text(kind >> 3);
-        }
-    }
-    PropertyList::Dictionary dictionary(int most, int depth)
-    {
-        PropertyList::Dictionary result;
-        for (; most > 0 && !isAtEnd(); --most) {
-            std::string key = text();
-            result.insert_or_assign(std::move(key), value(depth));
-        }
-        return result;
-    }
-
-private:
-    std::string_view rest_;
-};
 
 /// Of well-formed text; in another way than the program counts.
 std::size_t leadBytes(std::string_view text)
@@ -166,7 +82,7 @@ void checkFilter(const std::string &name, bool isPublic, const PropertyList::Dic
     const auto filtered = filter.filter(name, isPublic ? IsPublicEvent::Yes : IsPublicEvent::No, parameters);
     const APMParameters &kept = filtered.parameters;
     require(!isPublic || kept.size() <= 25, "no more parameters than the limit");
-    require(filtered.firstRefusal || kept.size() == parameters.size(), "nothing goes without a refusal");
+    require(!filtered.refusals.empty() || kept.size() == parameters.size(), "nothing goes without a refusal");
     for (const APMParameter &parameter : kept) {
         const APMObject key(parameter.name);
         const bool isValid = static_cast<bool>(isPublic ? validator.isValidPublicEventParameterName(key)
@@ -174,8 +90,8 @@ void checkFilter(const std::string &name, bool isPublic, const PropertyList::Dic
         require(isValid, "what is kept is valid");
         require(!parameter.value.array() || (isEcommerceEvent(name) && parameter.name == "items"), "arrays");
     }
-    if (filtered.firstRefusal)
-        checkMarker(*filtered.firstRefusal, kept, monitor);
+    if (!filtered.refusals.empty())
+        checkMarker(filtered.refusals.front(), kept, monitor);
 }
 
 } // namespace

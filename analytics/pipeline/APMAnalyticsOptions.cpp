@@ -145,8 +145,10 @@ APMAnalyticsOptions APMAnalyticsOptions::load(std::span<const std::filesystem::p
                  "Option has a value of the wrong type and is passed over. Key: " +
                      std::string(configurationKey));
     }
+    // Deliberate: no warning. It is how the program is shipped, and who deploys it looks with verbose
+    // logging.
     if (options.appID.empty())
-        warn(monitor, emptyAppIDCode, emptyAppIDText);
+        monitor.log(APMMonitor::Level::Info, emptyAppIDCode, emptyAppIDText);
     return options;
 }
 

@@ -40,7 +40,7 @@ struct APMAnalyticsOptions {
     /// Reads both files, in XML or binary. Each is taken from the first folder that has a sound one: a file
     /// that is damaged or cannot be read is reported and counts as missing. What
     /// "FIREBASE_ANALYTICS_CONFIGURATION" in Info.plist says goes before all else. A value of the wrong type
-    /// is reported and passed over, and an empty app id is reported.
+    /// is reported and passed over; of an empty app id verbose logging tells.
     /// @param folders  the one that goes before the others first
     static APMAnalyticsOptions load(std::span<const std::filesystem::path> folders, APMMonitor &monitor);
 };

@@ -1,5 +1,6 @@
 #include "analytics/pipeline/APMOperationQueue.h"
 
+#include <algorithm>
 #include <deque>
 #include <mutex>
 #include <utility>
@@ -14,16 +15,24 @@ constexpr std::size_t takenAtOnce = 64; ///< enough that the lock costs nothing,
 } // namespace
 
 struct APMOperationQueue::State : std::enable_shared_from_this<State> {
-    explicit State(std::shared_ptr<SerialQueue> queue) : target(std::move(queue)) {}
+    struct Waiting {
+        Operation operation;
+        Counted counted;
+    };
+    // A deque, not a vector: with many waiting, adding one must never move all of them.
+    using Row = std::deque<Waiting>;
+
+    State(std::shared_ptr<SerialQueue> queue, Hooks given) : target(std::move(queue)), hooks(std::move(given))
+    {
+    }
 
     const std::shared_ptr<SerialQueue> target;
+    const Hooks hooks;
     std::mutex mutex;
-    // A deque, not a vector: with many waiting, adding one must never move all of them.
-    std::deque<Operation> waiting;
+    Row waiting;
     bool isSuspended = true;
     bool isClosed = false;
-    bool hasClosedOperation = false; ///< the last of those waiting is what closeThen() was given
-    bool hasTurn = false;            ///< a turn runs on the target, or waits there
+    bool hasTurn = false; ///< a turn runs on the target, or waits there
 
     /// With the mutex held. Whether the caller has to post a turn once it has let go of the mutex.
     [[nodiscard]] bool takesTurn()
@@ -38,48 +47,72 @@ struct APMOperationQueue::State : std::enable_shared_from_this<State> {
     }
 
     void runTurn();
+    void runTaken(std::vector<Operation> &taken) const;
     [[nodiscard]] bool take(std::vector<Operation> &taken);
+    [[nodiscard]] bool endsTurn();
+    [[nodiscard]] static std::size_t countOf(const Row &dropped);
 };
 
 void APMOperationQueue::State::runTurn()
 {
     std::vector<Operation> taken;
     taken.reserve(takenAtOnce);
-    while (take(taken)) {
-        for (Operation &operation : taken) {
-            operation();
-            operation = nullptr; // what it held goes before the next one runs
-        }
-        taken.clear();
-    }
+    do {
+        while (take(taken))
+            runTaken(taken);
+        if (hooks.whenNoneWaits)
+            hooks.whenNoneWaits();
+    } while (!endsTurn());
 }
 
-/// False if there is none: then this turn is over.
+void APMOperationQueue::State::runTaken(std::vector<Operation> &taken) const
+{
+    for (Operation &operation : taken) {
+        operation();
+        operation = nullptr; // what it held goes before the next one runs
+        if (hooks.afterEach)
+            hooks.afterEach();
+    }
+    taken.clear();
+}
+
+/// False if there is none.
 bool APMOperationQueue::State::take(std::vector<Operation> &taken)
 {
     const std::scoped_lock lock(mutex);
     while (!waiting.empty() && taken.size() < takenAtOnce) {
-        taken.push_back(std::move(waiting.front()));
+        taken.push_back(std::move(waiting.front().operation));
         waiting.pop_front();
     }
-    hasTurn = !taken.empty();
-    hasClosedOperation = hasClosedOperation && !waiting.empty();
-    return hasTurn;
+    return !taken.empty();
 }
 
-APMOperationQueue::APMOperationQueue(std::shared_ptr<SerialQueue> target)
-    : state_(std::make_shared<State>(std::move(target)))
+/// Not if something was added while whenNoneWaits ran.
+bool APMOperationQueue::State::endsTurn()
+{
+    const std::scoped_lock lock(mutex);
+    hasTurn = !waiting.empty();
+    return !hasTurn;
+}
+
+std::size_t APMOperationQueue::State::countOf(const Row &dropped)
+{
+    return static_cast<std::size_t>(std::ranges::count(dropped, Counted::Yes, &Waiting::counted));
+}
+
+APMOperationQueue::APMOperationQueue(std::shared_ptr<SerialQueue> target, Hooks hooks)
+    : state_(std::make_shared<State>(std::move(target), std::move(hooks)))
 {
 }
 
-bool APMOperationQueue::addOperation(Operation operation)
+bool APMOperationQueue::addOperation(Operation operation, Counted counted)
 {
     bool takesTurn = false;
     {
         const std::scoped_lock lock(state_->mutex);
         if (state_->isClosed)
             return false;
-        state_->waiting.push_back(std::move(operation));
+        state_->waiting.push_back({std::move(operation), counted});
         takesTurn = state_->takesTurn();
     }
     if (takesTurn)
@@ -101,7 +134,7 @@ void APMOperationQueue::resume()
 
 std::size_t APMOperationQueue::closeThen(Operation closed)
 {
-    std::deque<Operation> dropped; // goes after the lock: what an operation holds may call back
+    State::Row dropped; // goes after the lock: what an operation holds may call back
     bool takesTurn = false;
     {
         const std::scoped_lock lock(state_->mutex);
@@ -110,23 +143,23 @@ std::size_t APMOperationQueue::closeThen(Operation closed)
         state_->isClosed = true;
         if (std::exchange(state_->isSuspended, false))
             dropped.swap(state_->waiting);
-        state_->waiting.push_back(std::move(closed));
-        state_->hasClosedOperation = true;
+        state_->waiting.push_back({std::move(closed), Counted::No});
         takesTurn = state_->takesTurn();
     }
     if (takesTurn)
         state_->postTurn();
-    return dropped.size();
+    return State::countOf(dropped);
 }
 
 std::size_t APMOperationQueue::discard()
 {
-    std::deque<Operation> dropped; // as above
-    const std::scoped_lock lock(state_->mutex);
-    state_->isClosed = true;
-    dropped.swap(state_->waiting);
-    const bool droppedClosed = std::exchange(state_->hasClosedOperation, false);
-    return dropped.size() - (droppedClosed ? 1 : 0);
+    State::Row dropped; // as above
+    {
+        const std::scoped_lock lock(state_->mutex);
+        state_->isClosed = true;
+        dropped.swap(state_->waiting);
+    }
+    return State::countOf(dropped);
 }
 
 } // namespace skyflare

@@ -28,6 +28,16 @@ void EventLedger::countRefusal(RefusedWhat what, APMErrorCode errorCode, Failure
     count(what == RefusedWhat::Event ? LedgerEntry::Refused : LedgerEntry::PartsRefused);
 }
 
+void EventLedger::add(const EventTally &counted)
+{
+    for (std::size_t code = 0; code < apmErrorCodeCount; ++code)
+        refusalsByError_[code].fetch_add(counted.refusalsByError[code], std::memory_order_relaxed);
+    for (std::size_t code = 0; code < failureCodeCount; ++code)
+        refusalsByFailure_[code].fetch_add(counted.refusalsByFailure[code], std::memory_order_relaxed);
+    for (std::size_t entry = 0; entry < ledgerEntryCount; ++entry)
+        count(static_cast<LedgerEntry>(entry), counted.entries[entry]);
+}
+
 EventTally EventLedger::tally() const
 {
     EventTally tally;

@@ -21,6 +21,9 @@ public:
     /// A refusal, with its codes; of an event it is its end.
     void countRefusal(RefusedWhat what, APMErrorCode errorCode, FailureCode failureCode);
 
+    /// What was counted elsewhere: in an earlier run, in a transaction.
+    void add(const EventTally &counted);
+
     [[nodiscard]] EventTally tally() const;
 
 private:

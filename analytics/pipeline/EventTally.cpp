@@ -15,28 +15,29 @@ enum class Side { EventIn, EventEnd, RowIn, RowOut, Part };
 struct EntryRow {
     LedgerEntry entry;
     Side side;
+    std::string_view key; ///< stands in files: it never changes
     std::string_view label;
 };
 
 constexpr std::array<EntryRow, ledgerEntryCount> entryRows{{
-    {LedgerEntry::Accepted, Side::EventIn, "events accepted"},
-    {LedgerEntry::Raised, Side::EventIn, "events raised by the engine"},
-    {LedgerEntry::Disabled, Side::EventEnd, "  dropped, collection was off"},
-    {LedgerEntry::Refused, Side::EventEnd, "  refused"},
-    {LedgerEntry::LimitedAll, Side::EventEnd, "  over the day's limit of events"},
-    {LedgerEntry::LimitedError, Side::EventEnd, "  over the day's limit of error events"},
-    {LedgerEntry::LimitedPublic, Side::EventEnd, "  over the day's limit of public events"},
-    {LedgerEntry::LimitedNames, Side::EventEnd, "  over the limit of event names"},
-    {LedgerEntry::Failed, Side::EventEnd, "  not taken by the database"},
-    {LedgerEntry::Abandoned, Side::EventEnd, "  left behind at the end"},
-    {LedgerEntry::Stored, Side::EventEnd, "  stored"},
-    {LedgerEntry::Found, Side::RowIn, "rows found at start"},
-    {LedgerEntry::Trimmed, Side::RowOut, "  trimmed"},
-    {LedgerEntry::Stale, Side::RowOut, "  deleted as stale"},
-    {LedgerEntry::Wiped, Side::RowOut, "  wiped by a reset"},
-    {LedgerEntry::Lost, Side::RowOut, "  lost with a damaged database"},
-    {LedgerEntry::Bundled, Side::RowOut, "  bundled for upload"},
-    {LedgerEntry::PartsRefused, Side::Part, "parameters and properties refused"},
+    {LedgerEntry::Accepted, Side::EventIn, "accepted", "events accepted"},
+    {LedgerEntry::Raised, Side::EventIn, "raised", "events raised by the engine"},
+    {LedgerEntry::Disabled, Side::EventEnd, "disabled", "  dropped, collection was off"},
+    {LedgerEntry::Refused, Side::EventEnd, "refused", "  refused"},
+    {LedgerEntry::LimitedAll, Side::EventEnd, "limited_all", "  over the day's limit of events"},
+    {LedgerEntry::LimitedError, Side::EventEnd, "limited_error", "  over the day's limit of error events"},
+    {LedgerEntry::LimitedPublic, Side::EventEnd, "limited_public", "  over the day's limit of public events"},
+    {LedgerEntry::LimitedNames, Side::EventEnd, "limited_names", "  over the limit of event names"},
+    {LedgerEntry::Failed, Side::EventEnd, "failed", "  not taken by the database"},
+    {LedgerEntry::Abandoned, Side::EventEnd, "abandoned", "  left behind at the end"},
+    {LedgerEntry::Stored, Side::EventEnd, "stored", "  stored"},
+    {LedgerEntry::Found, Side::RowIn, "found", "rows found at start"},
+    {LedgerEntry::Trimmed, Side::RowOut, "trimmed", "  trimmed"},
+    {LedgerEntry::Stale, Side::RowOut, "stale", "  deleted as stale"},
+    {LedgerEntry::Wiped, Side::RowOut, "wiped", "  wiped by a reset"},
+    {LedgerEntry::Lost, Side::RowOut, "lost", "  lost with a damaged database"},
+    {LedgerEntry::Bundled, Side::RowOut, "bundled", "  bundled for upload"},
+    {LedgerEntry::PartsRefused, Side::Part, "parts_refused", "parameters and properties refused"},
 }};
 static_assert(std::ranges::all_of(entryRows, [](const EntryRow &row) {
     return &row - entryRows.data() == long(row.entry);
@@ -119,6 +120,29 @@ void appendCodes(std::vector<std::string> &lines, std::string_view heading,
 }
 
 } // namespace
+
+std::uint64_t &EventTally::operator[](std::size_t number)
+{
+    if (number < ledgerEntryCount)
+        return entries[number];
+    number -= ledgerEntryCount;
+    return number < apmErrorCodeCount ? refusalsByError[number]
+                                      : refusalsByFailure.at(number - apmErrorCodeCount);
+}
+
+std::uint64_t EventTally::operator[](std::size_t number) const
+{
+    return const_cast<EventTally &>(*this)[number]; // which changes nothing by itself
+}
+
+std::string EventTally::key(std::size_t number)
+{
+    if (number < ledgerEntryCount)
+        return std::string(entryRows[number].key);
+    number -= ledgerEntryCount;
+    return number < apmErrorCodeCount ? "error_" + std::to_string(number)
+                                      : "failure_" + std::to_string(number - apmErrorCodeCount);
+}
 
 std::int64_t EventTally::underWay() const
 {

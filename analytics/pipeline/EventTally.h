@@ -60,6 +60,15 @@ struct EventTally {
     std::array<std::uint64_t, failureCodeCount> refusalsByFailure{};
 
     [[nodiscard]] std::uint64_t count(LedgerEntry entry) const { return entries[std::size_t(entry)]; }
+
+    // Every count, numbered: entries, then refusals by error, then those by failure.
+
+    static constexpr std::size_t size = ledgerEntryCount + apmErrorCodeCount + failureCodeCount;
+    [[nodiscard]] std::uint64_t &operator[](std::size_t number);
+    [[nodiscard]] std::uint64_t operator[](std::size_t number) const;
+    /// What it is called in files, from version to version: "stored", "error_13", "failure_2".
+    [[nodiscard]] static std::string key(std::size_t number);
+
     /// Those that came in, without those that came to an end. Below 0 only if something is wrong.
     [[nodiscard]] std::int64_t underWay() const;
     /// The rows that should be waiting. Below 0 only if something is wrong.

@@ -60,7 +60,7 @@ std::string_view classNameOf(const PropertyList &value)
     return std::visit(ClassName{}, value.value());
 }
 
-Verdict APMDataTypeValidator::refuse(FailureCode failureCode, APMDataType type, const Message &message,
+Verdict APMDataTypeValidator::refuse(FailureCode failureCode, APMDataType type, const RefusalMessage &message,
                                      RefusalLog::Details details) const
 {
     using Level = APMMonitor::Level;
@@ -69,7 +69,7 @@ Verdict APMDataTypeValidator::refuse(FailureCode failureCode, APMDataType type, 
     return {failureCode};
 }
 
-Verdict APMDataTypeValidator::refuseLine(FailureCode failureCode, const Message &message,
+Verdict APMDataTypeValidator::refuseLine(FailureCode failureCode, const RefusalMessage &message,
                                          const RefusalLog::Details &details) const
 {
     log_.write(APMMonitor::Level::Error, message, details);
@@ -191,7 +191,7 @@ Verdict APMDataTypeValidator::isValidForwardedEventOrigin(const APMObject &origi
     const std::string_view *text = origin.text();
     if (!text || text->empty())
         return isValidInternalEventOrigin(origin); // which refuses it
-    if (!text->ends_with(forwardedSuffix))
+    if (!isForwardedEventOrigin(*text))
         return refuse(FailureCode::NotForwarded, APMDataType::EventOrigin, messages::withoutSuffix,
                       {.value = origin});
     return isValidInternalEventOrigin(text->substr(0, text->size() - forwardedSuffix.size()));
@@ -300,6 +300,11 @@ bool APMDataTypeValidator::hasReservedPrefixes(std::string_view name)
 {
     return std::ranges::any_of(reservedPrefixes,
                                [&](std::string_view prefix) { return name.starts_with(prefix); });
+}
+
+bool APMDataTypeValidator::isForwardedEventOrigin(std::string_view origin)
+{
+    return origin.ends_with(forwardedSuffix);
 }
 
 } // namespace skyflare

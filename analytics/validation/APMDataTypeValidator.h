@@ -74,6 +74,8 @@ public:
     Verdict isValidArrayParamItem(const PropertyList &item) const;
 
     [[nodiscard]] static bool hasReservedPrefixes(std::string_view name);
+    /// Whether it is one of a component that hands on what was logged elsewhere: it ends with "+gtm".
+    [[nodiscard]] static bool isForwardedEventOrigin(std::string_view origin);
 
     // The rules that those above are made of. Lengths in code points.
     Verdict isValidString(const APMObject &string, std::size_t minLength, std::size_t maxLength,
@@ -87,9 +89,9 @@ private:
     RefusalLog log_;
     ValidationLimits limits_;
 
-    [[nodiscard]] Verdict refuse(FailureCode failureCode, APMDataType type, const Message &message,
+    [[nodiscard]] Verdict refuse(FailureCode failureCode, APMDataType type, const RefusalMessage &message,
                                  RefusalLog::Details details) const;
-    [[nodiscard]] Verdict refuseLine(FailureCode failureCode, const Message &message,
+    [[nodiscard]] Verdict refuseLine(FailureCode failureCode, const RefusalMessage &message,
                                      const RefusalLog::Details &details) const;
 };
 

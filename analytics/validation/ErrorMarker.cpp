@@ -29,6 +29,8 @@ std::size_t longestName(CallSite site)
     case CallSite::UserPropertyValue:
     case CallSite::UserPropertyCount:
         return longestUserPropertyName;
+    case CallSite::EventOrigin:
+        return longestOrigin;
     case CallSite::EventName:
     case CallSite::EventNameCount:
     case CallSite::PublicEventCount:

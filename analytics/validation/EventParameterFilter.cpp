@@ -12,7 +12,13 @@ namespace {
 constexpr std::string_view valueParameter = "value";
 constexpr std::string_view currencyParameter = "currency";
 
-/// A text, which is taken out, or a number as it is recorded; nothing for any other kind.
+auto find(APMParameters &parameters, std::string_view name)
+{
+    return std::ranges::find(parameters, name, &APMParameter::name);
+}
+
+} // namespace
+
 std::optional<APMValue> scalarOf(PropertyList &value)
 {
     // Made in place; gcc 12 sees something uninitialised in the temporary that a move would need.
@@ -27,13 +33,6 @@ std::optional<APMValue> scalarOf(PropertyList &value)
         scalar.emplace(*real);
     return scalar;
 }
-
-auto find(APMParameters &parameters, std::string_view name)
-{
-    return std::ranges::find(parameters, name, &APMParameter::name);
-}
-
-} // namespace
 
 /// One event's way through the filter.
 class EventParameterFilter::Pass {
@@ -55,11 +54,7 @@ private:
     bool hasReportedLimit_ = false;
     Filtered filtered_;
 
-    void refuse(Refusal refusal)
-    {
-        if (!filtered_.firstRefusal)
-            filtered_.firstRefusal = std::move(refusal);
-    }
+    void refuse(Refusal refusal) { filtered_.refusals.push_back(std::move(refusal)); }
 
     bool isFull(const std::string &name);
     bool isValidName(const std::string &name);

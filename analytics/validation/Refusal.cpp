@@ -18,11 +18,13 @@ struct ErrorRow {
 constexpr std::nullopt_t otherwise = std::nullopt;
 
 /// The whole mapping. A failure that no error code describes has the general one of its place:
+/// - an origin has no code, and nobody but a programmer gives one: its event is no good;
 /// - of an array, too many items and an item that is no dictionary make an invalid value;
 /// - for the value of a user property there is but one code, whatever is wrong with it.
-constexpr std::array<ErrorRow, 20> errorRows{{
+constexpr std::array<ErrorRow, 21> errorRows{{
     {CallSite::EventName, FailureCode::Reserved, APMErrorCode::EventNameIsReserved},
     {CallSite::EventName, otherwise, APMErrorCode::InvalidEventName},
+    {CallSite::EventOrigin, otherwise, APMErrorCode::InvalidEventName},
     {CallSite::ParameterName, FailureCode::Reserved, APMErrorCode::ParameterNameIsReserved},
     {CallSite::ParameterName, otherwise, APMErrorCode::InvalidParameterName},
     {CallSite::ParameterValue, FailureCode::NotNumeric, APMErrorCode::ValueIsNotNumeric},

@@ -13,6 +13,7 @@ namespace skyflare {
 /// Where in the engine something was refused.
 enum class CallSite {
     EventName,
+    EventOrigin,
     ParameterName,
     ParameterValue,
     ArrayParameter,

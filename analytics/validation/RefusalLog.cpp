@@ -24,7 +24,9 @@ struct ValueDescription {
     }
 };
 
-std::string description(const APMObject &object)
+} // namespace
+
+std::string described(const APMObject &object)
 {
     if (const std::string_view *text = object.text())
         return shown(*text);
@@ -33,9 +35,7 @@ std::string description(const APMObject &object)
     return object.isNil() ? "(nil)" : std::string(object.other()->className);
 }
 
-} // namespace
-
-void RefusalLog::write(APMMonitor::Level level, const Message &message, const Details &details) const
+void RefusalLog::write(APMMonitor::Level level, const RefusalMessage &message, const Details &details) const
 {
     if (!monitor_->isLogging(level))
         return;
@@ -47,7 +47,7 @@ void RefusalLog::write(APMMonitor::Level level, const Message &message, const De
             line.replace(at, placeholder.size(), std::to_string(*details.number));
     }
     if (details.value)
-        line += ": " + description(*details.value);
+        line += ": " + described(*details.value);
     monitor_->log(level, message.code, line);
 }
 

@@ -140,6 +140,30 @@ TEST_CASE_FIXTURE(QueueFixture, "operations wait for the resume, then run in ord
     }
 }
 
+TEST_CASE_FIXTURE(QueueFixture,
+                  "hooks follow each operation and the last; what comes in meanwhile wakes nobody")
+{
+    using Counted = APMOperationQueue::Counted;
+    std::string late = "c";
+    APMOperationQueue *adding = nullptr;
+    APMOperationQueue hooked(target, {[this] { ran += ','; },
+                                      [&] {
+                                          ran += ';';
+                                          if (!std::exchange(late, "").empty())
+                                              CHECK(adding->addOperation([this] { ran += 'c'; }));
+                                      }});
+    adding = &hooked;
+    hooked.resume();
+    REQUIRE(hooked.addOperation([this] { ran += 'a'; }));
+    REQUIRE(hooked.addOperation([this] { ran += 'b'; }));
+    time.runUntilIdle();
+    CHECK(ran == "a,b,;c,;");
+    CHECK(target->wakeUps == 1);
+    REQUIRE(hooked.addOperation([] {}, Counted::No));
+    REQUIRE(hooked.addOperation([] {}));
+    CHECK(hooked.discard() == 1);
+}
+
 TEST_CASE("many threads add while the queue is resumed: each operation runs once, none beside another")
 {
     constexpr int threadCount = 4;

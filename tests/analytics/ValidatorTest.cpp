@@ -278,8 +278,8 @@ TEST_CASE("parameters that may not be recorded go alone, and the first one makes
             kept += " " + parameter.name;
         CHECK(kept == event.kept);
         APMParameters marker;
-        if (filtered.firstRefusal)
-            addErrorMarker(marker, *filtered.firstRefusal, monitor);
+        if (!filtered.refusals.empty())
+            addErrorMarker(marker, filtered.refusals.front(), monitor);
         std::string told;
         for (const APMParameter &parameter : marker)
             told += " " + (parameter.value.text() ? *parameter.value.text()
@@ -290,14 +290,15 @@ TEST_CASE("parameters that may not be recorded go alone, and the first one makes
     const auto filtered = filter.filter("e", IsPublicEvent::Yes, full);
     CHECK(filtered.parameters.size() == 100);
     CHECK(filtered.parameters[0].value == APMValue(std::int64_t{1}));
-    CHECK(filtered.firstRefusal->errorCode() == APMErrorCode::ParameterLimitReached);
+    CHECK(filtered.refusals.at(0).errorCode() == APMErrorCode::ParameterLimitReached);
     CHECK(monitor.lines.at(0).message == "Event cannot contain more than 100 parameters");
     CHECK(filter.filter("_e", IsPublicEvent::No, full).parameters.size() == 101);
 
     const EventParameterFilter strict(monitor, {.allowsCustomItemParameters = false});
     const auto bare = strict.filter("purchase", IsPublicEvent::Yes, {{"items", items(item)}});
     CHECK((bare.parameters.at(0).value == APMValue(APMValue::Array{{{"item_id", value("t")}}})));
-    CHECK(bare.firstRefusal->errorCode() == APMErrorCode::CustomParamsInArrayElement);
+    CHECK(bare.refusals.size() == 28);
+    CHECK(bare.refusals.at(27).errorCode() == APMErrorCode::CustomParamsInArrayElement);
 }
 
 TEST_CASE("the first error is the one that an event's marker keeps")
