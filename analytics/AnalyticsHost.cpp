@@ -1,0 +1,48 @@
+#include "analytics/AnalyticsHost.h"
+
+#include <utility>
+
+namespace skyflare {
+
+AnalyticsHost::AnalyticsHost(const Services &services, const Places &places, const LaunchSwitches &switches,
+                             APMAppData app)
+    : options_(places.options),
+      suiteDefaults_(places.config / apmSuiteFile, services.console),
+      configDefaults_(places.config / measurementConfigFile, services.console),
+      monitor_(services.console, decideMonitorModes(switches, configDefaults_)),
+      suite_(suiteDefaults_, services.random),
+      config_(configDefaults_),
+      analytics_({.queues = services.queues,
+                  .monitor = monitor_,
+                  .clock = services.clock,
+                  .ledger = ledger_,
+                  .suite = suite_,
+                  .config = config_,
+                  .openDatabase =
+                      [this, database = places.state / measurementDatabaseName, &clock = services.clock,
+                       exclude = services.excludeFromBackup](const StoreLimits &limits) {
+                          return APMDatabase::open(database, {monitor_, clock, config_, exclude}, limits);
+                      },
+                  .app = std::move(app),
+                  .debugMode = monitor_.isDebugModeEnabled(),
+                  .settings = services.settings})
+{
+    FIRAnalytics::setShared(&analytics_);
+}
+
+AnalyticsHost::~AnalyticsHost()
+{
+    FIRAnalytics::setShared(nullptr);
+}
+
+void AnalyticsHost::start()
+{
+    FIRAnalytics::startWithConfiguration(APMAnalyticsOptions::load(options_, monitor_));
+}
+
+void AnalyticsHost::close(SerialQueue &mainQueue, std::function<void()> closed)
+{
+    analytics_.close(mainQueue, longestClosing, std::move(closed));
+}
+
+} // namespace skyflare

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "analytics/FIRAnalytics.h"
+#include "analytics/pipeline/APMConsoleMonitor.h"
+#include "analytics/pipeline/LaunchArguments.h"
+
+#include <chrono>
+#include <filesystem>
+#include <vector>
+
+namespace skyflare {
+
+/// The engine as a program has it: what APMAnalytics borrows, put together, and the shared one of
+/// FIRAnalytics as long as this lives. Events may be logged from the moment it is made.
+///
+/// Threads: main. Borrows its Services, which must outlive it; it may go when close() has reported, and what
+/// its queues had in hand then has ended.
+class AnalyticsHost {
+public:
+    struct Services {
+        QueueFactory &queues;
+        const Clock &clock;
+        Console &console;
+        RandomSource &random;
+        APMDatabase::ExcludeFromBackup excludeFromBackup;
+        APMRemoteConfig settings = {};
+    };
+    struct Places {
+        std::filesystem::path config; ///< the folder of the settings
+        std::filesystem::path state;  ///< the folder of the database
+        std::vector<std::filesystem::path>
+            options; ///< of Info.plist; the one that goes before the others first
+    };
+
+    AnalyticsHost(const Services &services, const Places &places, const LaunchSwitches &switches,
+                  APMAppData app);
+    ~AnalyticsHost();
+
+    /// Reads the options, and starts the engine with them.
+    void start();
+
+    [[nodiscard]] APMAnalytics &analytics() { return analytics_; }
+    [[nodiscard]] const EventLedger &ledger() const { return ledger_; }
+
+    /// As APMAnalytics::close(), 250 ms at most.
+    void close(SerialQueue &mainQueue, std::function<void()> closed);
+
+private:
+    static constexpr std::chrono::milliseconds longestClosing{250};
+
+    const std::vector<std::filesystem::path> options_;
+    UserDefaults suiteDefaults_;
+    UserDefaults configDefaults_;
+    APMConsoleMonitor monitor_;
+    EventLedger ledger_;
+    APMPersistedSuite suite_;
+    MeasurementConfig config_;
+    APMAnalytics analytics_;
+};
+
+} // namespace skyflare

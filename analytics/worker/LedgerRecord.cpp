@@ -1,0 +1,92 @@
+#include "analytics/worker/LedgerRecord.h"
+
+#include "analytics/worker/MeasurementLog.h"
+
+#include <utility>
+
+namespace skyflare {
+
+namespace {
+
+/// Whether a ledger may have counted that.
+bool isSound(const EventTally &tally)
+{
+    for (std::size_t number = 0; number < EventTally::size; ++number)
+        if (static_cast<std::int64_t>(tally[number]) < 0)
+            return false;
+    const std::int64_t underWay = tally.underWay();
+    const std::int64_t waitingRows = tally.waitingRows();
+    return underWay >= 0 && waitingRows >= 0 &&
+           tally.balance(static_cast<std::uint64_t>(underWay), static_cast<std::uint64_t>(waitingRows))
+               .has_value();
+}
+
+} // namespace
+
+EventTally LedgerRecord::tallyOf(const LedgerTable::Counts &counts)
+{
+    EventTally tally;
+    for (std::size_t number = 0; number < EventTally::size; ++number) {
+        const auto found = counts.find(EventTally::key(number));
+        tally[number] = found == counts.end() ? 0 : static_cast<std::uint64_t>(found->second);
+    }
+    return tally;
+}
+
+Result<> LedgerRecord::takeOver(APMDatabase &database)
+{
+    const auto counts = database.ledgerCounts();
+    if (!counts)
+        return counts.error();
+    const auto rows = database.rawEventCount();
+    if (!rows)
+        return rows.error();
+    written_ = tallyOf(*counts);
+    writing_.reset();
+    if (!std::exchange(hasEarlierRun_, true))
+        addEarlierRun(written_);
+    const std::int64_t uncounted = *rows - ledger_.tally().waitingRows();
+    if (uncounted > 0)
+        ledger_.count(LedgerEntry::Found, static_cast<std::uint64_t>(uncounted));
+    if (uncounted < 0) {
+        ledger_.count(LedgerEntry::Lost, static_cast<std::uint64_t>(-uncounted));
+        measurementLog::write(monitor_, measurementLog::rowsLost, std::to_string(-uncounted));
+    }
+    return {};
+}
+
+void LedgerRecord::addEarlierRun(const EventTally &kept)
+{
+    if (!isSound(kept)) {
+        measurementLog::write(monitor_, measurementLog::ledgerUnsound);
+        return;
+    }
+    ledger_.add(kept);
+    ledger_.count(LedgerEntry::Abandoned, static_cast<std::uint64_t>(kept.underWay()));
+}
+
+Result<> LedgerRecord::write(APMDatabase &database, const EventTally &uncommitted)
+{
+    writing_.reset();
+    EventTally tally = ledger_.tally();
+    for (std::size_t number = 0; number < EventTally::size; ++number) {
+        tally[number] += uncommitted[number];
+        if (tally[number] == written_[number])
+            continue;
+        const auto updated =
+            database.updateLedgerCount(EventTally::key(number), static_cast<std::int64_t>(tally[number]));
+        if (!updated)
+            return updated.error();
+    }
+    writing_ = tally;
+    return {};
+}
+
+void LedgerRecord::didCommit()
+{
+    if (writing_)
+        written_ = *writing_;
+    writing_.reset();
+}
+
+} // namespace skyflare

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "analytics/pipeline/APMPersistedSuite.h"
+#include "analytics/pipeline/EventLedger.h"
+#include "analytics/store/APMDatabase.h"
+#include "analytics/upload/APMRemoteConfig.h"
+#include "analytics/worker/MeasurementConfig.h"
+#include "platform/base/DispatchQueue.h"
+
+#include <functional>
+#include <memory>
+
+namespace skyflare {
+
+/// What the engine needs of the program around it. What stands here as a reference is borrowed, and used by
+/// the engine's queues until these have been closed.
+struct MeasurementServices {
+    QueueFactory &queues;
+    APMMonitor &monitor;
+    const Clock &clock;
+    EventLedger &ledger;
+    APMPersistedSuite &suite;
+    MeasurementConfig &config;
+    std::function<Result<std::unique_ptr<APMDatabase>>(const StoreLimits &)> openDatabase;
+    APMAppData app = {}; ///< without app id and app instance id, which the engine fills in
+    bool debugMode = false;
+    APMRemoteConfig settings = {};
+};
+
+} // namespace skyflare

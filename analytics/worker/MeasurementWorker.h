@@ -1,0 +1,70 @@
+#pragma once
+
+#include "analytics/pipeline/APMAnalyticsOptions.h"
+#include "analytics/worker/AnalyticsReset.h"
+#include "analytics/worker/EventIntake.h"
+#include "analytics/worker/EventListeners.h"
+#include "analytics/worker/FirstOpen.h"
+#include "analytics/worker/MeasurementServices.h"
+#include "analytics/worker/UserProperties.h"
+
+#include <mutex>
+
+namespace skyflare {
+
+/// What the engine does on its worker: leads each event through its stages, and the rest to who knows of it.
+///
+/// Threads: the engine's worker, but for construction and appInstanceID(). Borrows its services.
+class MeasurementWorker {
+public:
+    explicit MeasurementWorker(const MeasurementServices &services);
+
+    void start(const APMAnalyticsOptions &options, Collection collection);
+    /// Any thread. Nothing until it has started, and where none could be made.
+    [[nodiscard]] std::optional<std::string> appInstanceID() const;
+
+    /// One that has its timestamp.
+    void logEvent(LogEventCall call);
+    void setUserAttribute(UserPropertyCall call);
+    void setDefaultEventParameters(std::optional<PropertyList::Dictionary> parameters, Collection collection);
+    void setAnalyticsCollectionEnabled(bool choice, Collection collection);
+    void setSessionTimeoutInterval(double seconds) { services_.config.setSessionTimeoutInterval(seconds); }
+    void resetAnalyticsData(Collection collection);
+
+    Result<std::int64_t> sessionID();
+    Result<std::vector<APMUserAttribute>>
+    userPropertiesIncludingInternal(IncludingInternal includingInternal);
+    EventListeners &listeners() { return listeners_; }
+
+    /// After each of the above.
+    void didWork() { journal_.commitIfDue(); }
+    /// When no more work waits.
+    void didDrain();
+    /// Commits, and closes the database.
+    void close();
+
+private:
+    MeasurementServices services_;
+    DatabaseKeeper databases_;
+    EventJournal journal_;
+    EventListeners listeners_;
+    EventIntake intake_;
+    EventRecorder recorder_;
+    UserProperties properties_;
+    FirstOpen firstOpen_;
+    AnalyticsReset reset_;
+    bool isDeactivated_ = false;      ///< for good: there is no database then
+    bool hasLogged_ = false;          ///< an event, so that there may be a database, and it is not closed
+    double nextLookForStaleData_ = 0; ///< seconds of uptime
+
+    mutable std::mutex instanceIDMutex_;
+    std::optional<std::string> instanceID_;
+
+    MeasurementWorker(const MeasurementServices &services, const MeasurementLimits &limits);
+    bool isDropped(const LogEventCall &call);
+    void logFirstOpenIfDue(Collection collection);
+    void setInstanceID(const Result<std::string> &made);
+    [[nodiscard]] Result<> checkReadable() const;
+};
+
+} // namespace skyflare

@@ -1,0 +1,327 @@
+#include "platform/base/Files.h"
+#include "tests/analytics/JournalFixture.h"
+#include "tests/fakes/FileFaults.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+
+using namespace skyflare;
+using namespace std::chrono_literals;
+using fileFaults::Kind;
+
+namespace {
+
+using Names = DatabaseFixture::Names;
+using Entry = LedgerEntry;
+
+/// Everything that a journal does, in transactions of different sizes.
+void runThrough(JournalRun &run)
+{
+    EventJournal &journal = run.journal;
+    for (int number = 0; number < 12; ++number) {
+        run.log("e" + std::to_string(number % 5));
+        if (number == 3 && journal.begin())
+            static_cast<void>(journal.updateUserAttribute({"level", "app", 1, APMValue(2.5)}));
+        if (number == 6)
+            static_cast<void>(journal.reset());
+        if (number == 10) {
+            run.place.time.advance(std::chrono::hours(24 * 29));
+            run.place.config.last = 0;
+            static_cast<void>(journal.deleteStaleDataIfDue());
+        }
+        if (number % 4 != 1)
+            journal.commit();
+        run.place.time.advance(2s); // beyond what a failed start of a transaction is left alone for
+    }
+    journal.close();
+}
+
+} // namespace
+
+TEST_CASE_FIXTURE(DatabaseFixture, "a transaction takes what comes within 50 ms, and all is written with it")
+{
+    JournalRun run(*this);
+    run.journal.setAppData({.appId = "1:2"});
+    run.log("a");
+    run.journal.dailyCounts() = {3, 0, 1, 1, 0, 0, 0};
+    time.advance(20ms);
+    run.log("a");
+    time.advance(29ms);
+    run.journal.commitIfDue();
+    CHECK(storedNames().empty());
+    CHECK(run.count(Entry::Stored) == 0);
+    time.advance(1ms);
+    REQUIRE(run.journal.updateUserAttribute({"level", "app", 1, APMValue(2.5)}));
+    run.log("_b");
+    run.journal.commitIfDue();
+    CHECK(storedNames() == Names{"a", "a", "_b"});
+    CHECK(run.balance() == "balanced");
+    CHECK(ask("SELECT name || lifetime_count || current_bundle_count || last_fire_timestamp FROM events") ==
+          Names{"_b111700000000.05", "a221700000000.02"});
+    CHECK(ask("SELECT daily_public_events_count || '' FROM app_metadata") == Names{"1"});
+    CHECK(ask("SELECT entry || count FROM event_ledger") == Names{"accepted3", "stored3"});
+    CHECK(ask("SELECT count(*) || '' FROM raw_events_metadata") == Names{"2"});
+
+    JournalRun next(*this);
+    run.journal.close();
+    next.log("a");
+    CHECK(*next.journal.knowsEventName("a"));
+    CHECK_FALSE(*next.journal.knowsEventName("c"));
+    CHECK(next.journal.publicEventNameCount() == 1);
+    CHECK(next.journal.dailyCounts().publicEventsCount == 1);
+    REQUIRE(next.journal.userAttributes().size() == 1);
+    next.journal.commit();
+    const auto reader = *MeasurementReader::open(file, monitor);
+    std::vector<RawEvent> events;
+    REQUIRE(reader->forEachWaitingEvent([&](const RawEvent &each) { events.push_back(each); }));
+    REQUIRE(events.size() == 4);
+    CHECK(events[0].event.previousTimestamp == 0);
+    CHECK(events[1].event.previousTimestamp == 1'700'000'000);
+    CHECK(events[3].event.previousTimestamp == 1'700'000'000.02);
+}
+
+TEST_CASE_FIXTURE(DatabaseFixture,
+                  "an event that is not taken fails alone, a transaction with all of its events")
+{
+    JournalRun run(*this);
+    run.log("kept");
+    run.databases.database()->setLimits({.maxStoredEvents = 0});
+    run.log("refused");
+    run.databases.database()->setLimits({.maxStoredEvents = 2});
+    run.log("later");
+    run.journal.commit();
+    CHECK(storedNames() == Names{"kept", "later"});
+    CHECK(run.count(Entry::Failed) == 1);
+
+    run.log("x");
+    run.log("y");
+    run.journal.dailyCounts().eventsCount = 9;
+    REQUIRE(run.journal.updateUserAttribute({"level", "app", 1, APMValue(2.5)}));
+    fileFaults::plan(Kind::FailFromThenOn, 1);
+    run.journal.commit();
+    fileFaults::plan(Kind::None);
+    CHECK(monitor.lines.back().message ==
+          "Events could not be stored. Count, error: 2, Database operation \"end transaction\" failed with "
+          "sqlite code 13 and error message \"database or disk is full\"");
+    CHECK(run.count(Entry::Failed) == 3);
+    CHECK(run.count(Entry::Trimmed) == 0);
+    run.log("z");
+    CHECK(run.journal.dailyCounts().eventsCount == 0);
+    CHECK(run.journal.userAttributes().empty());
+    CHECK_FALSE(*run.journal.knowsEventName("x"));
+    run.journal.commit();
+    CHECK(storedNames() == Names{"later", "z"});
+    CHECK(run.count(Entry::Trimmed) == 1);
+    CHECK(run.balance() == "balanced");
+}
+
+TEST_CASE_FIXTURE(DatabaseFixture,
+                  "the ledger goes on from run to run, and tells what became of the rows between")
+{
+    {
+        JournalRun killed(*this);
+        killed.ledger.countRefusal(EventLedger::RefusedWhat::Part, APMErrorCode::InvalidParameterName,
+                                   FailureCode::TooLong);
+        killed.ledger.count(Entry::Accepted, 5); // which never come to an end
+        for (const char *name : {"a", "b", "c"})
+            killed.log(name);
+        killed.journal.commit();
+    }
+    make("INSERT INTO raw_events (name, timestamp, metadata_fingerprint, data) VALUES ('x', 1, 1, x''), "
+         "('y', 1, 1, x'')");
+    {
+        JournalRun run(*this);
+        run.ledger.count(Entry::Accepted); // before the database is open
+        run.ledger.count(Entry::Disabled);
+        run.log("d");
+        run.journal.commit();
+        CHECK(run.count(Entry::Accepted) == 10);
+        CHECK(run.count(Entry::Abandoned) == 5);
+        CHECK(run.count(Entry::Found) == 2);
+        CHECK(run.ledger.tally().refusalsByError[3] == 1);
+        CHECK(run.balance() == "balanced");
+
+        config.last = 0;
+        REQUIRE(run.journal.deleteStaleDataIfDue()); // x and y are of 1970
+        CHECK(run.count(Entry::Stale) == 2);
+        REQUIRE(run.journal.reset());
+        CHECK(run.count(Entry::Wiped) == 4);
+        run.log("e");
+        run.journal.commit();
+        run.ledger.count(Entry::Accepted);
+        run.ledger.count(Entry::Disabled);
+        run.journal.close();
+    }
+    make("DELETE FROM raw_events");
+    JournalRun run(*this);
+    run.log("f");
+    run.log("g");
+    run.journal.commit();
+    CHECK(run.count(Entry::Disabled) == 2);
+    CHECK(run.count(Entry::Lost) == 1);
+    CHECK(run.balance() == "balanced");
+
+    std::filesystem::remove(file);
+    run.log("h");
+    run.log("i");
+    run.journal.commit();
+    CHECK(storedNames() == Names{"h", "i"});
+    CHECK(run.count(Entry::Lost) == 3);
+    run.journal.close();
+    make("UPDATE event_ledger SET count = 2 WHERE entry = 'stored'"); // fewer than have left
+    JournalRun last(*this);
+    CHECK(last.databases.database());
+    CHECK(last.count(Entry::Found) == 2);
+    CHECK(last.balance() == "balanced");
+}
+
+TEST_CASE_FIXTURE(DatabaseFixture,
+                  "a file that is damaged while it is open is made anew at once, another's is tried again")
+{
+    JournalRun run(*this);
+    run.log("a");
+    run.journal.commit();
+    make("CREATE TABLE t(a); PRAGMA wal_checkpoint(TRUNCATE)"); // so that nothing is cached any more
+    {
+        std::fstream bytes(file, std::ios::in | std::ios::out | std::ios::binary);
+        bytes.seekp(4096);
+        bytes << std::string(std::filesystem::file_size(file) - 4096, 'U');
+    }
+    run.log("b");
+    run.log("c");
+    run.journal.commit();
+    CHECK(run.count(Entry::Failed) == 1);
+    CHECK(run.count(Entry::Lost) == 1);
+    run.log("d");
+    run.journal.commit();
+    CHECK(storedNames() == Names{"c", "d"});
+    CHECK(run.balance() == "balanced");
+
+    JournalRun second(*this);
+    monitor.takeLines();
+    second.log("e");
+    time.advance(59s);
+    second.log("f");
+    time.advance(2s);
+    second.log("g");
+    CHECK(second.count(Entry::Failed) == 3);
+    CHECK(monitor.takeLines().size() == 1);
+    run.journal.close();
+    time.advance(59s);
+    second.log("h");
+    second.journal.commit();
+    CHECK(second.count(Entry::Failed) == 4);
+    time.advance(1s);
+    second.log("i");
+    second.journal.commit();
+    CHECK(storedNames().back() == "i");
+    CHECK(second.balance() == "balanced");
+}
+
+TEST_CASE("whatever call to the files fails, the ledger tells what became of every event")
+{
+    for (const Kind kind : {Kind::FailOnce, Kind::FailFromThenOn}) {
+        const long first = kind == Kind::FailOnce ? 1 : 2;
+        long calls = 1;
+        // Every third one: under a sanitizer each of them takes a while.
+        for (long at = 0; at <= calls; at += at == 0 ? first : 3) {
+            CAPTURE(int(kind));
+            CAPTURE(at);
+            DatabaseFixture place(inMemory());
+            place.limits.maxStoredEvents = 5;
+            place.open(); // how a file is made, DatabaseFaultsTest tells
+            JournalRun run(place);
+            fileFaults::plan(kind, at);
+            runThrough(run);
+            if (at == 0)
+                calls = fileFaults::calls();
+            fileFaults::plan(Kind::None);
+            CHECK(run.ledger.tally().underWay() == 0);
+            JournalRun next(place);
+            next.log("last");
+            next.journal.commit();
+            CHECK(next.count(Entry::Stored) > 0);
+            CHECK(next.balance() == "balanced");
+            CHECK(place.ask("PRAGMA integrity_check") == Names{"ok"});
+            // The first process goes on, with what the second one has left.
+            next.journal.close();
+            place.time.advance(1min);
+            run.log("again");
+            run.journal.commit();
+            CHECK(run.balance() == "balanced");
+        }
+        CHECK(calls > 50);
+    }
+}
+
+TEST_CASE("killed at any change to its files, it has neither lost nor found a row")
+{
+    long changes = 1;
+    for (long at = 0; at <= changes; at += at == 0 ? 1 : 2) {
+        CAPTURE(at);
+        DatabaseFixture place(inMemory());
+        place.limits.maxStoredEvents = 5;
+        place.open();
+        const pid_t child = fork();
+        if (child == 0) {
+            JournalRun run(place);
+            fileFaults::plan(Kind::KillAtChange, at);
+            runThrough(run);
+            std::ofstream(place.folder / "changes") << fileFaults::calls();
+            _exit(0);
+        }
+        int status = 0;
+        REQUIRE(waitpid(child, &status, 0) == child);
+        REQUIRE(WIFSIGNALED(status) == (at > 0));
+        if (at == 0)
+            std::ifstream(place.folder / "changes") >> changes;
+        JournalRun run(place);
+        REQUIRE(run.databases.database());
+        CHECK(run.count(Entry::Found) == 0);
+        CHECK(run.count(Entry::Lost) == 0);
+        CHECK(run.balance() == "balanced");
+    }
+    CHECK(changes > 40);
+}
+
+TEST_CASE_FIXTURE(DatabaseFixture, "a reader sees what is committed, beside its writer and without one")
+{
+    CHECK(MeasurementReader::open(file, monitor).error().message ==
+          "There is no measurement database at " + file.string());
+    auto run = std::make_unique<JournalRun>(*this);
+    run->log("a");
+    time.advance(1s);
+    run->log("b");
+    run->journal.dailyCounts().eventsCount = 2;
+    REQUIRE(run->journal.updateUserAttribute({"_id", "app", 1, APMValue(std::string("me"))}));
+    run->journal.commit();
+    run->log("c");
+    {
+        const auto reader = *MeasurementReader::open(file, monitor);
+        const auto status = *reader->status();
+        CHECK(status.integrity == "ok");
+        CHECK(status.waitingEvents == 2);
+        CHECK(status.oldestEvent == 1'700'000'000);
+        CHECK(status.newestEvent == 1'700'000'001);
+        CHECK(status.waitingBundles == 0);
+        CHECK(status.ledger.count(Entry::Stored) == 2);
+        CHECK(status.dailyCounts.eventsCount == 2);
+        CHECK(status.userAttributes.at(0).name == "_id");
+        CHECK(status.fileBytes > 4096);
+        run->journal.commit();
+        CHECK(reader->status()->waitingEvents == 3);
+        REQUIRE(run->journal.reset());
+        CHECK(reader->status()->waitingEvents == 0);
+    }
+    const Bytes bytes = *readFile(file.string() + "-wal");
+    std::filesystem::copy_file(file, folder / "killed");
+    std::filesystem::copy_file(file.string() + "-wal", folder / "killed-wal");
+    CHECK((*MeasurementReader::open(folder / "killed", monitor))->status()->ledger.count(Entry::Wiped) == 3);
+    CHECK(*readFile(folder / "killed-wal") == bytes);
+    run->log("d");
+    run.reset(); // with a transaction that comes to nothing
+    CHECK((*MeasurementReader::open(file, monitor))->status()->ledger.count(Entry::Wiped) == 3);
+    CHECK_FALSE(std::filesystem::exists(file.string() + "-wal"));
+}

@@ -1,0 +1,125 @@
+#include "analytics/worker/DailyLimits.h"
+#include "analytics/worker/MeasurementConfig.h"
+#include "tests/fakes/RecordingConsole.h"
+#include "tests/fakes/TemporaryFolder.h"
+
+#include <doctest/doctest.h>
+
+#include <limits>
+
+namespace skyflare {
+
+TEST_CASE("an event over a daily limit is dropped, counted, and reported every thousandth time")
+{
+    using Verdict = LimitDecision::Verdict;
+    const DailyLimits limits{.events = 20, .publicEvents = 10, .errorEvents = 5};
+    struct Counts {
+        std::int64_t all, open, error;
+        bool operator==(const Counts &) const = default;
+    };
+    struct Row {
+        const char *name;
+        EventKind kind;
+        Counts before;
+        LimitDecision expected;
+        Counts after;
+    };
+    const Row rows[] = {
+        {"the last public one", EventKind::Public, {19, 9, 9}, {}, {20, 10, 9}},
+        {"the first public one too many",
+         EventKind::Public,
+         {12, 10, 0},
+         {Verdict::TooManyPublicEvents, 10, true},
+         {12, 11, 0}},
+        {"the second",
+         EventKind::Public,
+         {12, 11, 0},
+         {Verdict::TooManyPublicEvents, 10, false},
+         {12, 12, 0}},
+        {"a thousand later",
+         EventKind::Public,
+         {12, 1010, 0},
+         {Verdict::TooManyPublicEvents, 10, true},
+         {12, 1011, 0}},
+        {"public ones do not bind others", EventKind::Internal, {12, 99, 0}, {}, {13, 99, 0}},
+        {"both limits reached: all events decide, and nothing is taken back",
+         EventKind::Public,
+         {20, 10, 0},
+         {Verdict::TooManyEvents, 20, true},
+         {21, 11, 0}},
+        {"an internal one too many",
+         EventKind::Internal,
+         {1019, 0, 0},
+         {Verdict::TooManyEvents, 20, false},
+         {1020, 0, 0}},
+        {"the last error", EventKind::Error, {7, 0, 4}, {}, {7, 0, 5}},
+        {"the first error too many",
+         EventKind::Error,
+         {7, 0, 5},
+         {Verdict::TooManyErrorEvents, 5, true},
+         {7, 0, 6}},
+        {"an error over the limit of all",
+         EventKind::Error,
+         {20, 0, 0},
+         {Verdict::TooManyEvents, 20, true},
+         {20, 0, 1}},
+    };
+    for (const Row &row : rows) {
+        CAPTURE(row.name);
+        APMDailyCounts counts{.day = 7,
+                              .eventsCount = row.before.all,
+                              .publicEventsCount = row.before.open,
+                              .errorEventsCount = row.before.error};
+        CHECK(shouldProcessEvent(counts, limits, row.kind) == row.expected);
+        CHECK(Counts{counts.eventsCount, counts.publicEventsCount, counts.errorEventsCount} == row.after);
+    }
+    const std::int64_t most = std::numeric_limits<std::int64_t>::max();
+    APMDailyCounts damaged{.eventsCount = most, .publicEventsCount = most};
+    CHECK(shouldProcessEvent(damaged, limits, EventKind::Public).verdict == Verdict::TooManyEvents);
+}
+
+TEST_CASE("a day begins at the midnight that was kept first, and starts every count anew")
+{
+    CHECK(dayNumber(86'400 * 3.0 - 3601, -3600) == 2);
+    CHECK(dayNumber(86'400 * 3.0 - 3600, -3600) == 3);
+    CHECK(dayNumber(3599, 3600) == -1);
+    CHECK(dayNumber(std::numeric_limits<double>::infinity(), 0) == 0);
+
+    APMDailyCounts counts{.day = 3, .conversionsCount = 1, .eventsCount = 2, .realtimeDCUEventsCount = 9};
+    startDay(counts, 3);
+    CHECK(counts.eventsCount == 2);
+    const DailyLimits limits; // ten in real time
+    CHECK(isRealtimeEvent(counts, limits, DebugMode::Off) == IsRealtime::No);
+    CHECK(isRealtimeEvent(counts, limits, DebugMode::On) == IsRealtime::Yes);
+    CHECK(isRealtimeEvent(counts, limits, DebugMode::On) == IsRealtime::No);
+    startDay(counts, 2); // also when the clock was set back
+    CHECK(counts == APMDailyCounts{.day = 2});
+
+    const TemporaryFolder folder;
+    RecordingConsole console;
+    const auto file = folder / "measurement.plist";
+    {
+        UserDefaults defaults(file, console);
+        MeasurementConfig config(defaults);
+        CHECK(config.midnightOffset(60) == -3600);
+        CHECK(config.midnightOffset(-120) == -3600);
+        CHECK_FALSE(config.sessionTimeoutInterval());
+        config.setSessionTimeoutInterval(90.5);
+        config.setLastStaleDataDeletion(1e9);
+    }
+    UserDefaults defaults(file, console);
+    MeasurementConfig config(defaults);
+    CHECK(config.midnightOffset(0) == -3600);
+    CHECK(config.sessionTimeoutInterval() == 90.5);
+    CHECK(config.lastStaleDataDeletion() == 1e9);
+
+    const double nan = std::numeric_limits<double>::quiet_NaN(); // a file that somebody has edited
+    defaults.setDouble(nan, "/mipeme/measurement/midnight_offset");
+    config.setLastStaleDataDeletion(nan);
+    config.setSessionTimeoutInterval(-1);
+    CHECK(config.midnightOffset(-120) == 7200);
+    CHECK(config.lastStaleDataDeletion() == 0);
+    CHECK_FALSE(config.sessionTimeoutInterval());
+}
+
+} // namespace skyflare
