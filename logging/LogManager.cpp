@@ -1,5 +1,6 @@
 #include "logging/LogManager.h"
 
+#include "analytics/FIRAnalytics.h"
 #include "logging/Timestamp.h"
 #include "platform/base/Text.h"
 
@@ -15,8 +16,23 @@ constexpr std::array<std::string_view, 7> eventNames{
     "photo_saved",   "photo_auto_saved", "attempt_to_save_photo",
 };
 
+/// The engine knows one width of each kind of number.
+struct ValueForEngine {
+    PropertyList operator()(const std::string &text) const { return text; }
+    PropertyList operator()(std::int64_t number) const { return number; }
+    PropertyList operator()(double number) const { return number; }
+};
+
+PropertyList::Dictionary forEngine(const LogParameters &parameters)
+{
+    PropertyList::Dictionary result;
+    for (const auto &[key, value] : parameters)
+        result.emplace(key, std::visit(ValueForEngine{}, value));
+    return result;
+}
+
 struct ValueDescription {
-    std::string operator()(const std::string &text) const { return quoted(text); }
+    std::string operator()(const std::string &text) const { return skyflare::quoted(text); }
     std::string operator()(std::int64_t number) const { return std::to_string(number); }
     std::string operator()(float number) const { return shortestDecimal(number); }
     std::string operator()(double number) const { return shortestDecimal(number); }
@@ -28,7 +44,7 @@ std::string description(const LogParameters &parameters)
     for (const auto &[key, value] : parameters) {
         if (result.size() > 1)
             result += ", ";
-        result += quoted(key) + ": " + std::visit(ValueDescription{}, value);
+        result += skyflare::quoted(key) + ": " + std::visit(ValueDescription{}, value);
     }
     return result + "]";
 }
@@ -45,7 +61,7 @@ void LogManager::logEvent(LogEvent event, const LogParameters &parameters)
     const std::string_view name = eventName(event);
     LogParameters merged = parameters; // The caller's "timestamp" goes before ours.
     merged.try_emplace("timestamp", timestamp());
-    // There is no measurement engine to take the event yet: it ends with the line below.
+    FIRAnalytics::logEventWithName(std::string(name), forEngine(merged));
     console_.printLine("Logged event: " + std::string(name) + " with parameters: " + description(merged));
 }
 

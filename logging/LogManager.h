@@ -29,10 +29,11 @@ std::string_view eventName(LogEvent event);
 using LogValue = std::variant<std::string, std::int64_t, float, double>;
 using LogParameters = std::map<std::string, LogValue>;
 
-/// The app's one door to the event log: names the event, stamps it with the local time and echoes it on
-/// the console. Until a measurement engine takes it further, that is where an event ends.
+/// The app's one door to the event log: names the event, stamps it with the local time, hands it to the
+/// measurement engine, if there is one, and echoes it on the console.
 ///
-/// Threads: called on main. Borrows its clock and console, which must outlive it.
+/// Threads: called on main, which never waits for the engine. Borrows its clock and console, which must
+/// outlive it.
 class LogManager {
 public:
     LogManager(const Clock &clock, Console &console) : clock_(clock), console_(console) {}

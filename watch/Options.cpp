@@ -6,6 +6,7 @@
 #include <cmath>
 #include <functional>
 #include <string_view>
+#include <vector>
 
 namespace skyflare {
 namespace {
@@ -111,27 +112,17 @@ struct Flag {
     bool Options::*member;
 };
 
-constexpr std::array<Flag, 5> flags{{
+constexpr std::array<Flag, 8> flags{{
     {"--list-cameras", "list the cameras and end", &Options::listCameras},
+    {"--analytics-show", "show the events that have been recorded, and end", &Options::analyticsShow},
+    {"--analytics-status", "show what was counted, and the state of the record, and end",
+     &Options::analyticsStatus},
+    {"--no-analytics", "record no events in this run", &Options::noAnalytics},
     {"--json", "one JSON object a line on standard output, nothing else", &Options::json},
     {"--quiet", "no commentary and no progress; errors and the last line stay", &Options::quiet},
     {"--help", "this text", &Options::help},
     {"--version", "the version", &Options::version},
 }};
-
-/// The measurement engine's launch arguments. Every program takes them.
-constexpr std::array<std::string_view, 10> launchArguments{
-    "-noAPMAnalyticsDebugEnabled",
-    "-noFIRAnalyticsDebugEnabled",
-    "-FIRDebugDisabled",
-    "-APMAnalyticsDebugEnabled",
-    "-FIRAnalyticsDebugEnabled",
-    "-FIRDebugEnabled",
-    "-APMAnalyticsVerboseLoggingDisabled",
-    "-FIRAnalyticsVerboseLoggingDisabled",
-    "-APMAnalyticsVerboseLoggingEnabled",
-    "-FIRAnalyticsVerboseLoggingEnabled",
-};
 
 template <typename Table> auto find(const Table &table, std::string_view name)
 {
@@ -152,6 +143,8 @@ Result<> contradictions(const Options &options)
 {
     if (options.film && options.camera != "auto")
         return usageError("either a FILE or --camera, not both");
+    if (options.analyticsShow && options.analyticsStatus)
+        return usageError("either --analytics-show or --analytics-status, not both");
     return {};
 }
 
@@ -160,6 +153,7 @@ Result<> contradictions(const Options &options)
 Result<Options> parseOptions(std::span<const char *const> arguments)
 {
     Options options;
+    std::vector<const char *> launchArguments;
     bool onlyFiles = false;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string_view argument = arguments[i];
@@ -170,7 +164,9 @@ Result<Options> parseOptions(std::span<const char *const> arguments)
             onlyFiles = true;
         } else if (const auto flag = find(flags, argument); flag != flags.end()) {
             options.*(flag->member) = true;
-        } else if (std::ranges::find(launchArguments, argument) == launchArguments.end()) {
+        } else if (isLaunchArgument(argument)) {
+            launchArguments.push_back(arguments[i]);
+        } else {
             // --name value, or --name=value
             const auto equals = argument.find('=');
             const auto option = find(valueOptions, argument.substr(0, equals));
@@ -187,6 +183,7 @@ Result<Options> parseOptions(std::span<const char *const> arguments)
     }
     if (const auto consistent = contradictions(options); !consistent)
         return consistent.error();
+    options.launchSwitches = LaunchSwitches::in(launchArguments);
     return options;
 }
 
@@ -206,7 +203,12 @@ std::string usage()
         line(std::string(flag.name), flag.help);
     text += "\nWithout --sensitivity and --frequency the stored settings hold; no option changes them.\n"
             "\"simulated\" takes a size, a rate and a seed: simulated:1280x720@60,seed=7\n"
-            "Exit status: 0 done or stopped by Ctrl-C, 1 the source failed, 2 a wrong command line.\n";
+            "\nEach run records a few events of its own (that it started, stopped, caught a photo) in a "
+            "database\n"
+            "on this machine. Nothing of it is sent anywhere. -FIRDebugEnabled and -FIRDebugDisabled,\n"
+            "-FIRAnalyticsVerboseLoggingEnabled and …Disabled switch how the recording tells of itself, for\n"
+            "this run and later ones.\n"
+            "\nExit status: 0 done or stopped by Ctrl-C, 1 the source failed, 2 a wrong command line.\n";
     return text;
 }
 

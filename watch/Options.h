@@ -1,5 +1,6 @@
 #pragma once
 
+#include "analytics/pipeline/LaunchArguments.h"
 #include "capture/Levels.h"
 #include "platform/base/Result.h"
 
@@ -23,6 +24,10 @@ struct Options {
     std::optional<std::filesystem::path> dataFolder;
     std::optional<std::filesystem::path> exportFolder;
     std::optional<std::filesystem::path> framesCsv;
+    LaunchSwitches launchSwitches;
+    bool noAnalytics = false;
+    bool analyticsStatus = false;
+    bool analyticsShow = false;
     bool json = false;
     bool quiet = false;
     bool help = false;

@@ -1,3 +1,4 @@
+#include "analytics/AnalyticsHost.h"
 #include "app/App.h"
 #include "platform/base/AsioQueues.h"
 #include "platform/base/MainLoop.h"
@@ -5,11 +6,16 @@
 #include "platform/camera/FilmSource.h"
 #include "platform/camera/GstCapture.h"
 #include "platform/camera/SimulatedSkySource.h"
+#include "platform/linux/BackupExclusion.h"
+#include "platform/linux/DeploymentFolders.h"
+#include "platform/linux/MachineFacts.h"
 #include "platform/linux/PicturesLibrary.h"
 #include "platform/linux/SystemClock.h"
+#include "platform/linux/SystemRandom.h"
 #include "platform/linux/TerminationSignals.h"
 #include "platform/linux/UserDirectories.h"
 #include "platform/linux/V4l2Focus.h"
+#include "watch/AnalyticsInspection.h"
 #include "watch/CameraList.h"
 #include "watch/FilmTime.h"
 #include "watch/JsonReport.h"
@@ -94,6 +100,21 @@ Result<std::shared_ptr<CameraSource>> cameraNamed(const std::string &name, Conso
     return simulatedCamera("simulated");
 }
 
+UserDirectories directoriesFor(const Options &options)
+{
+    return options.dataFolder ? UserDirectories::under(*options.dataFolder) : UserDirectories::standard();
+}
+
+APMAppData appData()
+{
+    const MachineFacts machine = MachineFacts::read();
+    return {.appVersion = SKYFLARE_VERSION,
+            .platform = machine.platform,
+            .osVersion = machine.osVersion,
+            .deviceModel = machine.deviceModel,
+            .language = machine.language};
+}
+
 /// One run: what it is made of, in the order in which the parts need each other.
 class Program {
 public:
@@ -111,19 +132,24 @@ private:
     AsioQueues queues_;
     NotificationCenter notificationCenter_;
     UserDefaults defaults_;
+    SystemRandom random_;
+    std::unique_ptr<AnalyticsHost> analytics_; ///< null: this run is not measured
     WatchStore store_;
     std::unique_ptr<WatchReport> report_;
     std::shared_ptr<WatchRun> run_;
+    bool ended_ = false;
 
+    void startAnalytics();
+    int prepareAndWatch();
     int watch(std::shared_ptr<CameraSource> camera, std::unique_ptr<FramesCsv> csv, PhotoExport *photoExport);
     void applyLevels(CaptureManager &manager) const;
     void stop();
+    void end();
 };
 
 Program::Program(const Options &options)
     : options_(options),
-      directories_(options.dataFolder ? UserDirectories::under(*options.dataFolder)
-                                      : UserDirectories::standard()),
+      directories_(directoriesFor(options)),
       console_(streamsFor(options)),
       signals_([this] { loop_.async([this] { stop(); }); }),
       defaults_(directories_.config / standardUserDefaultsFile, console_),
@@ -139,7 +165,45 @@ void Program::stop()
         run_->stop();
 }
 
+/// Lets go of everything that works beside main, the engine first, while main serves its loop; then the loop
+/// ends.
+void Program::end()
+{
+    ended_ = true;
+    const auto closeQueues = [this] { queues_.closeThen([this] { loop_.quit(); }); };
+    if (analytics_)
+        analytics_->close(loop_, closeQueues);
+    else
+        closeQueues();
+}
+
+void Program::startAnalytics()
+{
+    analytics_ = std::make_unique<AnalyticsHost>(
+        AnalyticsHost::Services{.queues = queues_,
+                                .clock = clock_, // never a film's: a day has its limits
+                                .console = console_,
+                                .random = random_,
+                                .excludeFromBackup = &excludeFromBackup},
+        AnalyticsHost::Places{
+            .config = directories_.config, .state = directories_.state, .options = deploymentFolders()},
+        options_.launchSwitches, appData());
+    analytics_->start();
+}
+
 int Program::run()
+{
+    if (!options_.noAnalytics)
+        startAnalytics();
+    const int status = prepareAndWatch();
+    if (!ended_) { // it came to no run
+        end();
+        loop_.run();
+    }
+    return status;
+}
+
+int Program::prepareAndWatch()
 {
     auto camera =
         options_.film
@@ -201,23 +265,22 @@ int Program::watch(std::shared_ptr<CameraSource> camera, std::unique_ptr<FramesC
          .armingDelay = std::chrono::duration_cast<std::chrono::nanoseconds>(armAfter)});
     applyLevels(*manager);
 
-    run_ = std::make_shared<WatchRun>(
-        WatchRun::Services{.captureManager = manager,
-                           .mainQueue = mainQueue,
-                           .queues = queues_,
-                           .drainStills = [this] { queues_.drainGlobal(); },
-                           .clock = clock,
-                           .realClock = clock_,
-                           .console = console_,
-                           .report = *report_,
-                           .photoDataManager = photos,
-                           .committedPhotos = committedPhotos,
-                           .tally = tally,
-                           .logManager = logManager,
-                           .autoSave = autoSave,
-                           .photoExport = photoExport,
-                           .finished = [this] { queues_.closeThen([this] { loop_.quit(); }); }},
-        WatchRun::Limits{options_.durationSeconds, options_.photos});
+    run_ = std::make_shared<WatchRun>(WatchRun::Services{.captureManager = manager,
+                                                         .mainQueue = mainQueue,
+                                                         .queues = queues_,
+                                                         .drainStills = [this] { queues_.drainGlobal(); },
+                                                         .clock = clock,
+                                                         .realClock = clock_,
+                                                         .console = console_,
+                                                         .report = *report_,
+                                                         .photoDataManager = photos,
+                                                         .committedPhotos = committedPhotos,
+                                                         .tally = tally,
+                                                         .logManager = logManager,
+                                                         .autoSave = autoSave,
+                                                         .photoExport = photoExport,
+                                                         .finished = [this] { end(); }},
+                                      WatchRun::Limits{options_.durationSeconds, options_.photos});
     run_->start();
     loop_.run();
 
@@ -251,6 +314,21 @@ int listCameras(const Options &options)
     return monitor.outcome() ? done : complain(sourceFailed, monitor.outcome().error().message);
 }
 
+int showAnalytics(const Options &options)
+{
+    const SystemClock clock;
+    WatchConsole console({.lines = nullptr});
+    const UserDirectories directories = directoriesFor(options);
+    AnalyticsInspection inspection(
+        {.clock = clock, .console = console, .answers = stdout},
+        {.config = directories.config, .state = directories.state, .options = deploymentFolders()},
+        options.json ? AnalyticsInspection::Form::Json : AnalyticsInspection::Form::Text);
+    const auto printed = options.analyticsStatus ? inspection.printStatus() : inspection.printEvents();
+    if (std::fflush(stdout) != 0)
+        return sourceFailed;
+    return printed ? done : complain(sourceFailed, printed.error().message);
+}
+
 int start(std::span<const char *const> arguments)
 {
     const auto options = parseOptions(arguments);
@@ -262,6 +340,8 @@ int start(std::span<const char *const> arguments)
         return std::puts("skyflare-watch " SKYFLARE_VERSION) < 0 ? sourceFailed : done;
     if (options->listCameras)
         return listCameras(*options);
+    if (options->analyticsStatus || options->analyticsShow)
+        return showAnalytics(*options);
     return Program(*options).run();
 }
 

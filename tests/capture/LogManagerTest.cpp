@@ -1,7 +1,12 @@
 #include "logging/LogManager.h"
 
+#include "analytics/AnalyticsHost.h"
+#include "analytics/MeasurementReader.h"
 #include "logging/Timestamp.h"
+#include "platform/linux/SystemRandom.h"
 #include "tests/fakes/RecordingConsole.h"
+#include "tests/fakes/RecordingMonitor.h"
+#include "tests/fakes/TemporaryFolder.h"
 #include "tests/fakes/VirtualTime.h"
 
 #include <doctest/doctest.h>
@@ -59,4 +64,52 @@ TEST_CASE("an event is echoed with its name and its parameters, each in its own 
               R"("timestamp": "2023-11-14 22:13:20 GMT", "totalPhotos": 7])",
               R"(Logged event: button_tapped with parameters: )"
               R"(["buttonName": "a \"b\"\\\n\u{01} ğ", "timestamp": "mine"])"});
+}
+
+TEST_CASE(
+    "an event reaches the engine with its parameters, also one that was logged before the engine started")
+{
+    travelTo("Asia/Kolkata");
+    const TemporaryFolder folder;
+    VirtualTime time;
+    RecordingConsole console;
+    SystemRandom random;
+    LogManager log(time, console);
+    log.logEvent(LogEvent::PhotoSaved); // nobody is there yet
+    {
+        AnalyticsHost engine(
+            {.queues = time, .clock = time, .console = console, .random = random, .excludeFromBackup = {}},
+            {.config = folder / "config", .state = folder / "state", .options = {}}, {}, {});
+        log.logEvent(LogEvent::StartCapture);
+        engine.start();
+        log.logEvent(LogEvent::CatchPhoto, {{"difference", 0.42F}, {"totalPhotos", std::int64_t{7}}});
+        log.logEvent(LogEvent::ButtonTapped, {{"timestamp", "mine"}, {"buttonName", "infoButton"}});
+        bool closed = false;
+        engine.close(time.mainQueue(), [&closed] { closed = true; });
+        time.runUntilIdle();
+        CHECK(closed);
+    }
+    log.logEvent(LogEvent::StopCapture); // and nobody any more
+    CHECK(console.reports().empty());
+    CHECK(console.lines().size() == 5);
+
+    RecordingMonitor monitor;
+    const auto reader = MeasurementReader::open(folder / "state/mipeme-app-measurement.sql", monitor);
+    REQUIRE(reader);
+    std::vector<std::string> names;
+    std::vector<APMParameters> parameters;
+    REQUIRE((*reader)->forEachWaitingEvent([&](const RawEvent &each) {
+        if (each.event.origin == "app") {
+            names.push_back(each.event.name);
+            parameters.push_back(each.event.parameters);
+        }
+    }));
+    CHECK(names == std::vector<std::string>{"start_capture", "catch_photo", "button_tapped"});
+    const APMParameter now{"timestamp", APMValue("2023-11-15 03:43:20 GMT+05:30")};
+    CHECK(parameters == std::vector<APMParameters>{{now},
+                                                   {{"difference", APMValue(0.41999998688697815)},
+                                                    now,
+                                                    {"totalPhotos", APMValue(std::int64_t{7})}},
+                                                   {{"buttonName", APMValue(std::string("infoButton"))},
+                                                    {"timestamp", APMValue(std::string("mine"))}}});
 }

@@ -200,7 +200,7 @@ TEST_CASE_FIXTURE(WatchFixture,
     const std::string busy = film("busy.mp4", 300, "eq(mod(N,7),3)");
     std::filesystem::create_directory(folder / "disk");
     const std::string script = R"(
-        mount -t tmpfs -o size=300k none "$1"; mkdir "$1/data"
+        mount -t tmpfs -o size=800k none "$1"; mkdir "$1/data"
         "$2" --data-dir "$1" "$3" --json --quiet --frequency 5 --sensitivity high && exit 9
         sqlite3 "$1/data/Storage.sqlite" "SELECT '{\"type\":\"stored\"}' FROM PhotoEntity")";
     ChildProcess process(

@@ -1,7 +1,10 @@
 #include "platform/base/Files.h"
 #include "tests/fakes/RecordingConsole.h"
+#include "tests/fakes/RecordingMonitor.h"
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/fakes/VirtualTime.h"
+#include "watch/AnalyticsEventText.h"
+#include "watch/AnalyticsJson.h"
 #include "watch/ContactSheet.h"
 #include "watch/FilmTime.h"
 #include "watch/FrameTally.h"
@@ -9,6 +12,8 @@
 
 #include <doctest/doctest.h>
 
+#include <cstdlib>
+#include <limits>
 #include <vector>
 
 using namespace skyflare;
@@ -113,4 +118,74 @@ TEST_CASE("a contact sheet of many photos stays of a size that can be opened")
     const PixelBuffer drawn = sheet.draw();
     CHECK(drawn.width > 1000);
     CHECK(static_cast<std::int64_t>(drawn.width) * drawn.height < 16'000'000);
+}
+
+TEST_CASE("an event is shown as it is, whatever it holds")
+{
+    setenv("TZ", "UTC", 1);
+    const APMValue items(APMValue::Array{{{"item_id", APMValue(std::string("a"))}, {"price", APMValue(1.5)}},
+                                         {},
+                                         {{"n", APMValue(std::int64_t{-3})}}});
+    const RawEvent shown{1,
+                         {"fa+gtm",
+                          "catch_photo",
+                          1'751'656'502.25,
+                          0,
+                          {{"difference", APMValue(0.42)},
+                           {"items", items},
+                           {"no\nname", APMValue(std::string("\x1B[2J\xFF \"ğ\""))}}},
+                         IsRealtime::Yes};
+    CHECK(eventText(shown) == "2025-07-04 19:15:02 GMT  catch_photo  from fa+gtm, at once\n"
+                              "    difference = 0.42\n"
+                              "    items = [{item_id = \"a\", price = 1.5}, {}, {n = -3}]\n"
+                              "    \"no\\nname\" = \"\\u{1B}[2J\xEF\xBF\xBD \\\"ğ\\\"\"\n");
+    CHECK(eventJson(shown) ==
+          R"({"type":"event","time_s":1751656502.25,"name":"catch_photo","origin":"fa+gtm","realtime":true,)"
+          R"("parameters":{"difference":0.42,"items":[{"item_id":"a","price":1.5},{},{"n":-3}],)"
+          "\"no\\nname\":\"\\u001b[2J\xEF\xBF\xBD \\\"ğ\\\"\"}}");
+    for (const double moment : {std::numeric_limits<double>::quiet_NaN(), -1e300, 1e18}) {
+        const RawEvent odd{1, {"", "", moment, 0, {}}, IsRealtime::No};
+        CHECK(eventText(odd).ends_with("  \"\"  from \"\"\n"));
+    }
+}
+
+TEST_CASE("the status says why events are recorded or not, and what does not balance")
+{
+    AnalyticsStatus status;
+    CHECK(statusText(status).find("nothing has been recorded") != std::string::npos);
+    CHECK(status.balance());
+    CHECK(status.whyCollection() == "nothing says otherwise");
+    status.options.collectionEnabled = false;
+    CHECK(status.whyCollection() == "FIREBASE_ANALYTICS_COLLECTION_ENABLED is false in Info.plist");
+    status.collectionChoice = true;
+    CHECK(status.whyCollection() == "it was switched on last");
+    CHECK(status.isCollectionOn());
+    status.options.collectionDeactivated = true;
+    CHECK(status.whyCollection() == "FIREBASE_ANALYTICS_COLLECTION_DEACTIVATED is set in Info.plist");
+    CHECK_FALSE(status.isCollectionOn());
+
+    MeasurementStatus &database = status.database.emplace();
+    database.integrity = "ok";
+    database.waitingEvents = 4;
+    database.dailyCounts = {.day = 7, .eventsCount = 5};
+    database.ledger[std::size_t(LedgerEntry::Accepted)] = 6;
+    database.ledger[std::size_t(LedgerEntry::Stored)] = 5;
+    status.today = 7;
+    CHECK(status.countsOfToday().eventsCount == 5);
+    status.today = 8; // nothing was recorded today
+    CHECK(status.countsOfToday().eventsCount == 0);
+    CHECK(status.balance().error().message == "rows that wait: counted 5, but there are 4");
+    database.waitingEvents = 5; // one event is under way, which another program may be at
+    CHECK(status.balance());
+    database.ledger[std::size_t(LedgerEntry::Failed)] = 2; // one end too many
+    CHECK_FALSE(status.balance());
+}
+
+TEST_CASE("the options as they are shipped are the defaults")
+{
+    const std::filesystem::path folders[] = {SKYFLARE_DEPLOYMENT};
+    RecordingMonitor monitor;
+    CHECK(APMAnalyticsOptions::load(folders, monitor) == APMAnalyticsOptions());
+    CHECK(monitor.lines.size() == 1); // that the app id is empty
+    CHECK(exists(folders[0] / "MipemeService-Info.plist"));
 }

@@ -1,0 +1,225 @@
+// What a run records of itself, as the whole program shows it.
+
+#include "platform/base/Files.h"
+#include "platform/base/PropertyList.h"
+#include "tests/watch/WatchFixture.h"
+
+#include <doctest/doctest.h>
+#include <sys/xattr.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <functional>
+
+using namespace skyflare;
+using nlohmann::json;
+
+namespace {
+
+struct Recorded {
+    std::vector<json> events; ///< of the app's own
+    json status;
+};
+
+struct RecordingFixture : WatchFixture {
+    const std::filesystem::path measured = folder / "data/state/mipeme-app-measurement.sql";
+
+    const std::string show = film("show.mp4", 60, "eq(N,10)+eq(N,50)"); ///< two bursts, two photos
+
+    [[nodiscard]] std::vector<std::string> watchShow(std::vector<std::string> more = {}) const
+    {
+        more.insert(more.begin(), {show, "--json", "--quiet", "--sensitivity", "high", "--arm-after", "0"});
+        return command(more);
+    }
+
+    /// What a program prints that is to succeed.
+    static std::vector<std::string> output(const std::vector<std::string> &arguments)
+    {
+        ChildProcess process(arguments);
+        auto lines = process.readAll();
+        const int status = process.wait();
+        CAPTURE(process.errors());
+        CHECK(status == 0);
+        CHECK(process.errors().empty());
+        return lines;
+    }
+
+    [[nodiscard]] json status() const
+    {
+        return json::parse(output(command({"--analytics-status", "--json"})).at(0));
+    }
+
+    /// Asks a program that is running until there are so many. @return how many there are
+    std::int64_t waitForEvents(std::int64_t atLeast) const
+    {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(120);
+        for (;;) {
+            const json database = status().at("database");
+            const auto waiting = database.is_null() ? 0 : database.at("waiting_events").get<std::int64_t>();
+            if (waiting >= atLeast)
+                return waiting;
+            REQUIRE(std::chrono::steady_clock::now() < deadline);
+        }
+    }
+
+    /// Both of what the program shows; that of the ledger and the rows balances, or it would not succeed.
+    [[nodiscard]] Recorded recorded() const
+    {
+        Recorded result{.events = objectsOfType(output(command({"--analytics-show", "--json"})), "event"),
+                        .status = status()};
+        const auto waiting = result.status.at("database").at("waiting_events");
+        CHECK(waiting == result.events.size());
+        CHECK(result.status.at("database").at("ledger").at("balances") == true);
+        std::erase_if(result.events, [](const json &event) { return event.at("origin") != "app"; });
+        return result;
+    }
+};
+
+std::vector<std::string> namesOf(const std::vector<json> &events)
+{
+    std::vector<std::string> names;
+    for (const json &event : events)
+        names.push_back(event.at("name"));
+    return names;
+}
+
+} // namespace
+
+TEST_CASE_FIXTURE(RecordingFixture, "a run records what it did, and shows it when it is asked")
+{
+    CHECK(output(command({"--analytics-show"})).at(0).starts_with("No event is waiting"));
+    CHECK(status().at("database").is_null());
+    CHECK_FALSE(exists(folder / "data")); // asking has left nothing behind
+
+    const PropertyList settings = PropertyList::Dictionary{
+        {"alreadyLaunched", std::string("yes")}, {"autoSave", true}, {"frequency", 1.0}};
+    REQUIRE(replaceFile(folder / "data/config/standard.plist", settings.serialize()));
+    CHECK(runProgram(watchShow({"--no-analytics"})) == 0);
+    CHECK_FALSE(exists(measured));
+
+    const auto lines = output(watchShow({"-FIRDebugEnabled"}));
+    const auto photos = objectsOfType(lines, "photo");
+    REQUIRE(photos.size() == 2);
+    const auto [events, state] = recorded();
+    CHECK(namesOf(events) == std::vector<std::string>{"start_capture", "catch_photo", "photo_auto_saved",
+                                                      "catch_photo", "photo_auto_saved", "stop_capture"});
+    for (const json &event : events)
+        CHECK(event.at("parameters").at("timestamp").get<std::string>().size() > 20);
+    CHECK(events.at(0).at("parameters").size() == 1);
+    const json &caught = events.at(3).at("parameters");
+    CHECK(caught.at("totalPhotos") == 4); // those of the run that was not measured are in the store too
+    CHECK(caught.at("difference").get<double>() == doctest::Approx(photos[1].at("difference").get<double>()));
+    CHECK(state.at("debug_mode") == true);
+    CHECK(state.at("collection").at("on") == true);
+    CHECK(state.at("app_instance_id").get<std::string>().size() == 32);
+    CHECK(state.at("database").at("today").at("public_events") == 6);
+
+    std::array<char, 8> mark{};
+    if (getxattr(measured.c_str(), "user.xdg.robots.backup", mark.data(), mark.size()) < 0 &&
+        errno == ENOTSUP)
+        MESSAGE("NOT TESTED: the temporary folder's file system has no extended attributes");
+    else
+        CHECK(std::string(mark.data()) == "false");
+
+    const auto shown = output(command({"--analytics-show"}));
+    CHECK(std::ranges::count_if(shown, [](const std::string &line) {
+              return line.ends_with("  catch_photo  from app, at once") || line == "    totalPhotos = 4";
+          }) == 3);
+}
+
+TEST_CASE_FIXTURE(RecordingFixture, "collection that a deployer has deactivated leaves no database")
+{
+    std::filesystem::copy_file(SKYFLARE_WATCH, folder / "skyflare-watch");
+    const PropertyList info = PropertyList::Dictionary{{"FIREBASE_ANALYTICS_COLLECTION_DEACTIVATED", true}};
+    REQUIRE(replaceFile(folder / "Info.plist", info.serialize()));
+    auto arguments = watchShow();
+    arguments[0] = folder / "skyflare-watch";
+    CHECK(objectsOfType(output(arguments), "photo").size() == 2);
+    CHECK_FALSE(exists(measured));
+    const auto status =
+        output({arguments[0], "--data-dir", (folder / "data").string(), "--analytics-status"});
+    CHECK(std::ranges::any_of(status, [](const std::string &line) {
+        return line == "Collection:      off, because FIREBASE_ANALYTICS_COLLECTION_DEACTIVATED is set in "
+                       "Info.plist";
+    }));
+}
+
+TEST_CASE_FIXTURE(RecordingFixture,
+                  "a run that is killed leaves a record that balances, with all that was in it")
+{
+    std::int64_t waiting = 0;
+    for (int round = 0; round < 3; ++round) {
+        ChildProcess process(command({"--camera", "simulated:64x36@30", "--sensitivity", "extreme",
+                                      "--frequency", "5", "--arm-after", "0", "--quiet"}));
+        waiting = waitForEvents(waiting + 4);
+        process.signal(SIGKILL);
+        process.wait();
+        CHECK(recorded().status.at("database").at("waiting_events") >= waiting);
+    }
+    CHECK(objectsOfType(output(watchShow()), "photo").size() == 2);
+    const auto [events, state] = recorded();
+    CHECK(events.back().at("name") == "stop_capture");
+    CHECK(state.at("database").at("ledger").at("under_way") == 0);
+    CHECK(state.at("database").at("ledger").at("lost") == 0);
+}
+
+TEST_CASE_FIXTURE(RecordingFixture,
+                  "a second program beside the first watches without measuring, and says so")
+{
+    ChildProcess first(command({"--camera", "simulated:64x36@30", "--quiet"}));
+    waitForEvents(2); // the first one of all, and the start
+    ChildProcess second(watchShow());
+    CHECK(objectsOfType(second.readAll(), "photo").size() == 2);
+    CHECK(second.wait() == 0);
+    const std::string errors = second.errors();
+    CAPTURE(errors);
+    CHECK(errors.starts_with("<AppMeasurement> "));
+    CHECK(std::ranges::count(errors, '\n') == 1);
+
+    CHECK(namesOf(recorded().events) == std::vector<std::string>{"start_capture"}); // while the first runs
+    first.signal(SIGINT);
+    CHECK(first.wait() == 0);
+    CHECK(namesOf(recorded().events) == std::vector<std::string>{"start_capture", "stop_capture"});
+}
+
+TEST_CASE_FIXTURE(RecordingFixture, "whatever is wrong with the record, the run goes on and says so")
+{
+    struct Row {
+        const char *name;
+        std::function<void()> spoil;
+        int statusBefore;
+        int statusAfter;
+    };
+    const Bytes garbage(5000, 'x');
+    const Row rows[] = {
+        {"a file in the folder's place", [&] { REQUIRE(replaceFile(folder / "data/state", garbage)); }, 0, 0},
+        {"a folder in the file's place",
+         [&] {
+             std::filesystem::remove_all(folder / "data/state");
+             std::filesystem::create_directories(measured);
+         },
+         1, 1},
+        {"no database",
+         [&] {
+             std::filesystem::remove_all(folder / "data/state");
+             REQUIRE(replaceFile(measured, garbage));
+         },
+         1, 0},
+    };
+    for (const Row &row : rows) {
+        CAPTURE(row.name);
+        row.spoil();
+        CHECK(runProgram(command({"--analytics-status"})) == row.statusBefore);
+        ChildProcess process(watchShow());
+        CHECK(objectsOfType(process.readAll(), "photo").size() == 2);
+        CHECK(process.wait() == 0);
+        const std::string errors = process.errors();
+        CAPTURE(errors);
+        CHECK(errors.starts_with("<AppMeasurement> "));
+        CHECK(std::ranges::count(errors, '\n') <= 3); // what SQLite says, and what comes of it
+        CHECK(runProgram(command({"--analytics-status"})) == row.statusAfter);
+    }
+}
