@@ -9,7 +9,7 @@ AnalyticsHost::AnalyticsHost(const Services &services, const Places &places, con
     : options_(places.options),
       suiteDefaults_(places.config / apmSuiteFile, services.console),
       configDefaults_(places.config / measurementConfigFile, services.console),
-      monitor_(services.console, decideMonitorModes(switches, configDefaults_)),
+      monitor_(services.console, services.clock, decideMonitorModes(switches, configDefaults_)),
       suite_(suiteDefaults_, services.random),
       config_(configDefaults_),
       analytics_({.queues = services.queues,

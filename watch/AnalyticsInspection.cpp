@@ -54,7 +54,7 @@ void AnalyticsInspection::readSettings(AnalyticsStatus &status, APMMonitor &moni
 
 Result<> AnalyticsInspection::printStatus()
 {
-    APMConsoleMonitor monitor(services_.console, {});
+    APMConsoleMonitor monitor(services_.console, services_.clock, {});
     AnalyticsStatus status{.databasePath = database()};
     readSettings(status, monitor);
     const auto reader = MeasurementReader::open(database(), monitor);
@@ -77,7 +77,7 @@ Result<> AnalyticsInspection::printStatus()
 
 Result<> AnalyticsInspection::printEvents()
 {
-    APMConsoleMonitor monitor(services_.console, {});
+    APMConsoleMonitor monitor(services_.console, services_.clock, {});
     bool hasEvents = false;
     const auto reader = MeasurementReader::open(database(), monitor);
     if (!reader && !isMissing(reader.error()))

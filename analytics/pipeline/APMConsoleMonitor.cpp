@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 
 namespace skyflare {
 
@@ -63,10 +64,10 @@ void APMConsoleMonitor::log(Level level, int messageCode, std::string_view messa
     std::string line("<AppMeasurement> ");
     line.append(nameOf(level)).append(" ").append(std::to_string(messageCode)).append(": ");
     line += oneLine(message);
-    if (isProblem(level))
-        console_.reportLine(line);
-    else
+    if (!isProblem(level))
         console_.printLine(line);
+    else if (const auto problem = problems_.toWrite(std::move(line), clock_.secondsOfUptime()))
+        console_.reportLine(*problem);
 }
 
 } // namespace skyflare

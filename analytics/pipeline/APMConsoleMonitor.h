@@ -2,6 +2,8 @@
 
 #include "analytics/model/APMMonitor.h"
 #include "analytics/pipeline/LaunchArguments.h"
+#include "analytics/pipeline/RepeatedLines.h"
+#include "platform/base/Clock.h"
 #include "platform/base/Console.h"
 
 namespace skyflare {
@@ -10,13 +12,17 @@ namespace skyflare {
 ///
 /// Errors and warnings are always reported, because they tell of data that is lost or of a program that is
 /// wrong, and because a program that is told to be quiet, or whose standard output somebody reads by machine,
-/// still shows reports. Info and debug lines are commentary, printed with verbose logging alone. Whatever
-/// bytes a message has, it becomes one line of valid UTF-8 without control characters.
+/// still shows reports; the same one again once a minute at most. Info and debug lines are commentary,
+/// printed with verbose logging alone. Whatever bytes a message has, it becomes one line of valid UTF-8
+/// without control characters.
 ///
-/// Threads: any. Borrows its console, which must outlive it.
+/// Threads: any. Borrows its console and clock, which must outlive it.
 class APMConsoleMonitor final : public APMMonitor {
 public:
-    APMConsoleMonitor(Console &console, MonitorModes modes) : console_(console), modes_(modes) {}
+    APMConsoleMonitor(Console &console, const Clock &clock, MonitorModes modes)
+        : console_(console), clock_(clock), modes_(modes)
+    {
+    }
 
     [[nodiscard]] bool isDebugModeEnabled() const { return modes_.debugMode; }
 
@@ -25,7 +31,9 @@ public:
 
 private:
     Console &console_;
+    const Clock &clock_;
     const MonitorModes modes_;
+    RepeatedLines problems_;
 };
 
 } // namespace skyflare

@@ -89,8 +89,9 @@ TEST_CASE("the monitor reports problems always, prints commentary when verbose, 
 {
     using Level = APMMonitor::Level;
     RecordingConsole console;
+    VirtualTime time;
     for (const bool verbose : {false, true}) {
-        APMConsoleMonitor monitor(console, {.debugMode = true, .verboseLogging = verbose});
+        APMConsoleMonitor monitor(console, time, {.debugMode = true, .verboseLogging = verbose});
         monitor.log(Level::Error, 22000,
                     "a\nb\x1B[31m\xC2\x85\xE2\x80\xA8"
                     "\xFF \xC3\xA4");
@@ -99,6 +100,23 @@ TEST_CASE("the monitor reports problems always, prints commentary when verbose, 
     const std::string problem = "<AppMeasurement> error 22000: a b [31m  \xEF\xBF\xBD \xC3\xA4";
     CHECK(console.reports() == std::vector<std::string>{problem, problem});
     CHECK(console.lines() == std::vector<std::string>{"<AppMeasurement> debug 1: quiet"});
+}
+
+TEST_CASE("the monitor reports a problem that comes again once a minute, and others at once")
+{
+    RecordingConsole console;
+    VirtualTime time;
+    APMConsoleMonitor monitor(console, time, {});
+    const auto fail = [&monitor](int code) { monitor.log(APMMonitor::Level::Error, code, "disk full"); };
+    for (int i = 0; i < 3; ++i) {
+        fail(22000);
+        fail(22001);
+        time.advance(std::chrono::seconds(29));
+    }
+    fail(22000); // after 87 seconds
+    const std::string line = "<AppMeasurement> error 22000: disk full";
+    const std::string other = "<AppMeasurement> error 22001: disk full";
+    CHECK(console.reports() == std::vector<std::string>{line, other, line + " (and 2 times before)"});
 }
 
 TEST_CASE_FIXTURE(QueueFixture, "operations wait for the resume, then run in order")
