@@ -1,12 +1,11 @@
 // How many events a second the measurement store takes, empty and full, and how quickly a full one opens.
 
 #include "analytics/store/APMDatabase.h"
+#include "bench/BareSqlite.h"
 #include "bench/Machine.h"
 #include "bench/Table.h"
 #include "bench/WorkFolder.h"
 #include "platform/linux/SystemClock.h"
-
-#include <sqlite3.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -35,14 +34,6 @@ public:
     [[nodiscard]] double lastStaleDataDeletion() const override { return 0; }
     void setLastStaleDataDeletion(double) override {}
 };
-
-void require(bool holds, const char *what)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "%s\n", what);
-    std::exit(EXIT_FAILURE);
-}
 
 APMEvent event(std::int64_t number)
 {
@@ -104,41 +95,6 @@ double rowsASecond(APMDatabase &database, std::int64_t from, int count)
     return count / (now() - start);
 }
 
-/// The same rows by the shortest way that SQLite has, without anything around them.
-double bareRowsASecond(int count)
-{
-    const WorkFolder folder;
-    auto database = *Database::open(folder.path() / "bare", OpenMode::Write, std::chrono::milliseconds(0));
-    require(database
-                ->execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL;"
-                          "CREATE TABLE t (name, timestamp, fingerprint, data, is_realtime)")
-                .has_value(),
-            "no yardstick");
-    const Bytes data(170);
-    const double start = now();
-    sqlite3_stmt *statement = nullptr;
-    sqlite3_prepare_v2(database->handle(), "INSERT INTO t VALUES ('catch_photo', 1.5, 7, ?, 0)", -1,
-                       &statement, nullptr);
-    for (int done = 0; done < count; done += eventsATransaction) {
-        require(database->execute("BEGIN").has_value(), "no yardstick");
-        for (int i = 0; i < eventsATransaction; ++i) {
-            sqlite3_bind_blob64(statement, 1, data.data(), data.size(), SQLITE_STATIC);
-            require(sqlite3_step(statement) == SQLITE_DONE, "no yardstick");
-            sqlite3_reset(statement);
-        }
-        require(database->execute("COMMIT").has_value(), "no yardstick");
-    }
-    sqlite3_finalize(statement);
-    return count / (now() - start);
-}
-
-std::string rows(double aSecond)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.0f rows/s", aSecond);
-    return text;
-}
-
 int run()
 {
     constexpr int batch = 20'000;
@@ -152,7 +108,7 @@ int run()
         Measured empty;
         empties.push_back(rowsASecond(*empty.open(), 0, batch));
         fulls.push_back(rowsASecond(*fullDatabase, fullCount + round * batch, batch));
-        bares.push_back(bareRowsASecond(batch));
+        bares.push_back(bareRowsASecond(batch, eventsATransaction, 170));
     }
     require(*fullDatabase->rawEventCount() == fullCount, "the full table is not full");
     fullDatabase.reset();

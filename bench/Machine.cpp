@@ -5,11 +5,20 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <fstream>
 #include <limits>
 
 namespace skyflare::bench {
+
+void require(bool holds, const char *what)
+{
+    if (holds)
+        return;
+    std::fprintf(stderr, "%s\n", what);
+    std::exit(EXIT_FAILURE);
+}
 
 double now()
 {
@@ -37,21 +46,46 @@ double threadSeconds()
     return secondsOf(CLOCK_THREAD_CPUTIME_ID);
 }
 
-std::uint64_t peakMemory()
+namespace {
+
+/// Bytes.
+std::uint64_t memoryNamed(std::string_view name)
 {
     std::ifstream status("/proc/self/status");
     for (std::string key; status >> key;) {
         std::uint64_t kibibytes = 0;
-        if (key == "VmHWM:" && status >> kibibytes)
+        if (key == name && status >> kibibytes)
             return kibibytes * 1024;
         status.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
     }
     return 0;
 }
 
+} // namespace
+
+std::uint64_t peakMemory()
+{
+    return memoryNamed("VmHWM:");
+}
+
 void forgetPeak()
 {
     std::ofstream("/proc/self/clear_refs") << "5";
+}
+
+std::uint64_t currentMemory()
+{
+    return memoryNamed("VmRSS:");
+}
+
+void forgetFile(const std::filesystem::path &path)
+{
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return;
+    fsync(file); // only what is on the disk can be forgotten
+    posix_fadvise(file, 0, 0, POSIX_FADV_DONTNEED);
+    close(file);
 }
 
 double writeAndSync(const std::filesystem::path &folder, const Bytes &bytes)

@@ -8,6 +8,9 @@
 
 namespace skyflare::bench {
 
+/// Ends the program where something does not hold that every result stands on.
+void require(bool holds, const char *what);
+
 /// Seconds of a clock that never goes back.
 double now();
 
@@ -20,6 +23,11 @@ double threadSeconds();
 /// The most memory that this process has had at once since the start, or since forgetPeak(). Bytes.
 std::uint64_t peakMemory();
 void forgetPeak();
+/// What it has now.
+std::uint64_t currentMemory();
+
+/// Has the system forget what it keeps of a file in memory, so that it is read from the disk again.
+void forgetFile(const std::filesystem::path &path);
 
 /// Writes `bytes` to a new file in `folder` and syncs it, as a program does that only wants them to be safe.
 /// @return how long that took, in seconds; less than 0 if it failed.

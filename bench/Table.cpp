@@ -72,4 +72,9 @@ double percentile95(std::vector<double> values)
     return quantile(std::move(values), 0.95);
 }
 
+double percentile99(std::vector<double> values)
+{
+    return quantile(std::move(values), 0.99);
+}
+
 } // namespace skyflare::bench

@@ -35,9 +35,10 @@ std::string duration(double seconds);
 /// "1.05 x".
 std::string ratio(double value);
 
-/// The middle of some measurements, and the one that 95 of 100 do not exceed. Empty input is an error of the
-/// caller.
+/// The middle of some measurements, and the one that 95 or 99 of 100 do not exceed. Empty input is an error
+/// of the caller.
 double median(std::vector<double> values);
 double percentile95(std::vector<double> values);
+double percentile99(std::vector<double> values);
 
 } // namespace skyflare::bench
