@@ -63,6 +63,8 @@ APMAnalytics::APMAnalytics(Services services)
       operations_(queue_),
       measurement_(std::make_unique<APMMeasurement>(services))
 {
+    if (services.prepareThread)
+        queue_->async(services.prepareThread);
 }
 
 APMAnalytics::~APMAnalytics()

@@ -10,6 +10,8 @@ APMMeasurement::APMMeasurement(const MeasurementServices &services)
       queue_(services.queues.makeSerialQueue(apmWorkerQueueLabel)),
       operations_(queue_, {[this] { work_.didWork(); }, [this] { work_.didDrain(); }})
 {
+    if (services.prepareThread)
+        queue_->async(services.prepareThread);
     operations_.resume();
 }
 

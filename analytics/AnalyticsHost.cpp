@@ -25,7 +25,8 @@ AnalyticsHost::AnalyticsHost(const Services &services, const Places &places, con
                       },
                   .app = std::move(app),
                   .debugMode = monitor_.isDebugModeEnabled(),
-                  .settings = services.settings})
+                  .settings = services.settings,
+                  .prepareThread = services.prepareThread})
 {
     FIRAnalytics::setShared(&analytics_);
 }

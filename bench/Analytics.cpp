@@ -7,6 +7,7 @@
 #include "bench/Table.h"
 #include "bench/WorkFolder.h"
 #include "platform/base/AsioQueues.h"
+#include "platform/linux/BackgroundThread.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/SystemRandom.h"
 #include "platform/sqlite/Database.h"
@@ -55,7 +56,8 @@ public:
     void launch()
     {
         host_ = std::make_unique<AnalyticsHost>(
-            AnalyticsHost::Services{queues_, clock_, console_, random_, {}, APMRemoteConfig(raised)},
+            AnalyticsHost::Services{
+                queues_, clock_, console_, random_, {}, &becomeBackgroundThread, APMRemoteConfig(raised)},
             AnalyticsHost::Places{folder_.path(), folder_.path(), {}}, LaunchSwitches{}, APMAppData{});
         analytics_ = &host_->analytics();
     }

@@ -6,6 +6,7 @@
 #include "platform/camera/FilmSource.h"
 #include "platform/camera/GstCapture.h"
 #include "platform/camera/SimulatedSkySource.h"
+#include "platform/linux/BackgroundThread.h"
 #include "platform/linux/BackupExclusion.h"
 #include "platform/linux/DeploymentFolders.h"
 #include "platform/linux/MachineFacts.h"
@@ -184,7 +185,8 @@ void Program::startAnalytics()
                                 .clock = clock_, // never a film's: a day has its limits
                                 .console = console_,
                                 .random = random_,
-                                .excludeFromBackup = &excludeFromBackup},
+                                .excludeFromBackup = &excludeFromBackup,
+                                .prepareThread = &becomeBackgroundThread},
         AnalyticsHost::Places{
             .config = directories_.config, .state = directories_.state, .options = deploymentFolders()},
         options_.launchSwitches, appData());

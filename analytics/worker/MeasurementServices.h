@@ -25,6 +25,7 @@ struct MeasurementServices {
     APMAppData app = {}; ///< without app id and app instance id, which the engine fills in
     bool debugMode = false;
     APMRemoteConfig settings = {};
+    std::function<void()> prepareThread = {}; ///< run first on each of the engine's threads; may be empty
 };
 
 } // namespace skyflare

@@ -61,7 +61,7 @@ public:
     APMAnalytics &launch()
     {
         host = std::make_unique<AnalyticsHost>(
-            AnalyticsHost::Services{time, clock, console, random, {}, settings},
+            AnalyticsHost::Services{time, clock, console, random, {}, {}, settings},
             AnalyticsHost::Places{folder / "config", folder / "state", {folder.path()}}, LaunchSwitches{},
             APMAppData{});
         return host->analytics();

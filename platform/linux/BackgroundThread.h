@@ -1,0 +1,10 @@
+#pragma once
+
+namespace skyflare {
+
+/// Makes the calling thread one that works in the background: when it is woken it does not push another
+/// thread off its processor, so that handing work to it costs that one next to nothing. It gets no less of
+/// the time. Where the system does not allow it, nothing changes.
+void becomeBackgroundThread();
+
+} // namespace skyflare
