@@ -190,7 +190,7 @@ void APMAnalytics::setAnalyticsCollectionEnabled(bool enabled)
 void APMAnalytics::setSessionTimeoutInterval(double seconds)
 {
     if (!(seconds >= 0)) { // nor is what is no number
-        measurementLog::write(monitor_, measurementLog::negativeTimeout);
+        writeLog(monitor_, measurementLog::negativeTimeout);
         seconds = 0;
     }
     perform([this, seconds] { measurement_->setSessionTimeoutInterval(seconds); });
@@ -199,7 +199,7 @@ void APMAnalytics::setSessionTimeoutInterval(double seconds)
 void APMAnalytics::sessionIDWithCompletion(const SessionIDCompletion &completion)
 {
     if (!completion) {
-        measurementLog::write(monitor_, measurementLog::nilSessionIDCompletion);
+        writeLog(monitor_, measurementLog::nilSessionIDCompletion);
         return;
     }
     if (!perform([this, completion] { measurement_->sessionID(completion); }))
@@ -233,7 +233,7 @@ void APMAnalytics::userPropertiesIncludingInternal(IncludingInternal includingIn
     };
     const bool isAsked = perform([this, includingInternal, answer] {
         if (collection_ == Collection::Off && includingInternal == IncludingInternal::No) {
-            measurementLog::write(monitor_, measurementLog::queryWhileDisabled);
+            writeLog(monitor_, measurementLog::queryWhileDisabled);
             answer(Error{"analytics", 4, std::string(measurementLog::queryWhileDisabled.text)});
         } else {
             measurement_->userPropertiesIncludingInternal(includingInternal, answer);
@@ -263,7 +263,7 @@ void APMAnalytics::setLogEventInterceptor(LogEventInterceptor interceptor)
 LogEventListenerToken APMAnalytics::addLogEventListener(LogEventListener listener)
 {
     if (!listener) {
-        measurementLog::write(monitor_, measurementLog::nilListener);
+        writeLog(monitor_, measurementLog::nilListener);
         return 0;
     }
     const LogEventListenerToken token = ++lastToken_;
@@ -306,7 +306,7 @@ void APMAnalytics::giveUp()
     const std::size_t left = operations_.discard() + measurement_->discard();
     ledger_.count(LedgerEntry::Abandoned, left);
     if (left > 0)
-        measurementLog::write(monitor_, measurementLog::leftBehind, std::to_string(left));
+        writeLog(monitor_, measurementLog::leftBehind, std::to_string(left));
     closing_->report();
 }
 

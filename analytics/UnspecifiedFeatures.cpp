@@ -1,5 +1,6 @@
 #include "analytics/UnspecifiedFeatures.h"
 
+#include "analytics/validation/RefusalLog.h"
 #include "analytics/worker/MeasurementLog.h"
 
 #include <algorithm>
@@ -12,12 +13,11 @@ void UnspecifiedFeatures::setConsent(const ConsentSettings &consent) const
         const auto &[type, value] = setting;
         if (!type.empty() && (value == "granted" || value == "denied"))
             return true;
-        measurementLog::write(monitor_, measurementLog::invalidConsent,
-                              described(type) + ", " + described(value));
+        writeLog(monitor_, measurementLog::invalidConsent, described(type) + ", " + described(value));
         return false;
     };
     if (std::ranges::count_if(consent, isUsable) == 0)
-        measurementLog::write(monitor_, measurementLog::emptyConsent);
+        writeLog(monitor_, measurementLog::emptyConsent);
 }
 
 } // namespace skyflare

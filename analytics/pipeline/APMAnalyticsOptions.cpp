@@ -1,5 +1,6 @@
 #include "analytics/pipeline/APMAnalyticsOptions.h"
 
+#include "analytics/model/LogText.h"
 #include "platform/base/Files.h"
 #include "platform/base/PropertyList.h"
 
@@ -43,17 +44,16 @@ constexpr std::array<OptionRow, 13> optionRows{{
 
 constexpr std::string_view configurationKey = "FIREBASE_ANALYTICS_CONFIGURATION";
 
-constexpr int unusableFileCode = 23000;
-constexpr int wrongTypeCode = 23001;
-constexpr int emptyAppIDCode = 23002;
-constexpr std::string_view emptyAppIDText =
+using Level = APMMonitor::Level;
+constexpr LogText unusableFile{Level::Warning, 23000, "Options file cannot be used. Path, error"};
+constexpr LogText wrongType{Level::Warning, 23001,
+                            "Option has a value of the wrong type and is passed over. Key"};
+// Deliberate: no warning. It is how the program is shipped, and who deploys it looks with verbose
+// logging.
+constexpr LogText emptyAppID{
+    Level::Info, 23002,
     "Mipeme App ID from MipemeService-Info.plist is empty. Please, define MIPEME_APP_ID in "
-    "MipemeService-Info.plist for Analytics to work reliably. See analytics/pipeline/README.md";
-
-void warn(APMMonitor &monitor, int code, std::string_view text)
-{
-    monitor.log(APMMonitor::Level::Warning, code, text);
-}
+    "MipemeService-Info.plist for Analytics to work reliably. See analytics/pipeline/README.md"};
 
 Result<PropertyList> readList(const std::filesystem::path &path)
 {
@@ -72,9 +72,8 @@ PropertyList::Dictionary readFirst(std::span<const std::filesystem::path> folder
         const bool isMissing = !list && list.error().domain == "file" &&
                                (list.error().code == ENOENT || list.error().code == ENOTDIR);
         if (!isMissing)
-            warn(monitor, unusableFileCode,
-                 "Options file cannot be used. Path, error: " + path.string() + ", " +
-                     (list ? "not a dictionary" : list.error().message));
+            writeLog(monitor, unusableFile,
+                     path.string() + ", " + (list ? "not a dictionary" : list.error().message));
     }
     return {};
 }
@@ -122,8 +121,7 @@ void apply(const PropertyList::Dictionary &values, std::optional<OptionsFile> fi
         if (found == values.end() || (file && row.file != *file))
             continue;
         if (!assign(found->second, options, row.field))
-            warn(monitor, wrongTypeCode,
-                 "Option has a value of the wrong type and is passed over. Key: " + std::string(row.key));
+            writeLog(monitor, wrongType, row.key);
     }
 }
 
@@ -141,14 +139,10 @@ APMAnalyticsOptions APMAnalyticsOptions::load(std::span<const std::filesystem::p
         if (const auto *configuration = found->second.as<PropertyList::Dictionary>())
             apply(*configuration, {}, options, monitor); // it may say everything
         else
-            warn(monitor, wrongTypeCode,
-                 "Option has a value of the wrong type and is passed over. Key: " +
-                     std::string(configurationKey));
+            writeLog(monitor, wrongType, configurationKey);
     }
-    // Deliberate: no warning. It is how the program is shipped, and who deploys it looks with verbose
-    // logging.
     if (options.appID.empty())
-        monitor.log(APMMonitor::Level::Info, emptyAppIDCode, emptyAppIDText);
+        writeLog(monitor, emptyAppID);
     return options;
 }
 

@@ -49,7 +49,7 @@ void exclude(const APMDatabase::Services &services, const std::filesystem::path 
     if (!services.excludeFromBackup)
         return;
     if (const auto excluded = services.excludeFromBackup(file); !excluded)
-        storeLog::write(services.monitor, storeLog::notExcludedFromBackup, excluded.error().description());
+        writeLog(services.monitor, storeLog::notExcludedFromBackup, excluded.error().description());
 }
 
 Result<std::unique_ptr<APMSqliteStore>> openAndValidate(const std::filesystem::path &file,
@@ -66,11 +66,11 @@ Result<std::unique_ptr<APMSqliteStore>> openAndValidate(const std::filesystem::p
             return damage.error();
         if (!*damage)
             return store;
-        storeLog::write(services.monitor, storeLog::validationFailed, **damage);
+        writeLog(services.monitor, storeLog::validationFailed, **damage);
         if (isNew)
             return Error{"store", 8, "A new database fails its integrity check", {{"path", file.string()}}};
         if (const auto deleted = (*store)->closeAndDeleteDatabase(); !deleted) {
-            storeLog::write(services.monitor, storeLog::notDeleted, deleted.error().description());
+            writeLog(services.monitor, storeLog::notDeleted, deleted.error().description());
             return deleted.error();
         }
     }
@@ -126,8 +126,8 @@ void APMDatabase::ensureAllTables()
 {
     for (const auto &[name, info] : measurementTables()) {
         if (const auto ensured = store_->ensureTableWithName(name, info); !ensured)
-            storeLog::write(services_.monitor, storeLog::tableNotEnsured,
-                            std::string(name) + ", " + ensured.error().message);
+            writeLog(services_.monitor, storeLog::tableNotEnsured,
+                     std::string(name) + ", " + ensured.error().message);
     }
 }
 
@@ -219,8 +219,8 @@ Result<std::int64_t> APMDatabase::deleteStaleData(double now)
     const auto bundles = bundles_.deleteStale(now, limits_.maxQueueTime);
     if (!bundles)
         return bundles.error();
-    storeLog::write(services_.monitor, storeLog::staleDataDeleted,
-                    std::to_string(*events) + ", " + std::to_string(*bundles));
+    writeLog(services_.monitor, storeLog::staleDataDeleted,
+             std::to_string(*events) + ", " + std::to_string(*bundles));
     // Where nothing is uploaded, nobody else does.
     if (const auto unused = rawEvents_.deleteUnusedMetadata(); !unused)
         return unused.error();
@@ -237,7 +237,7 @@ Result<std::int64_t> APMDatabase::reset(const AlongWith &alongWith)
     if (compacted)
         compacted = store_->database()->checkpoint(Checkpoint::Truncate);
     if (!compacted)
-        storeLog::write(services_.monitor, storeLog::notCompacted, compacted.error().description());
+        writeLog(services_.monitor, storeLog::notCompacted, compacted.error().description());
     return wiped;
 }
 

@@ -96,7 +96,7 @@ Result<std::unique_ptr<APMSqliteStore>> APMSqliteStore::open(const std::filesyst
     auto database = Database::open(databasePath, options.mode, options.busyTimeout, options.files);
     if (!database) {
         Error error = sqliteError("open", database.error());
-        storeLog::write(monitor, storeLog::sqliteFailure, error.message);
+        writeLog(monitor, storeLog::sqliteFailure, error.message);
         return error;
     }
     return std::make_unique<APMSqliteStore>(databasePath, *std::move(database), monitor);
@@ -333,8 +333,8 @@ Result<> APMSqliteStore::endTransaction(Result<> done)
     }
     if (!done) {
         if (const auto rolledBack = transaction_->rollback(); !rolledBack)
-            storeLog::write(monitor_, storeLog::rollbackFailed, rolledBack.error().message);
-        storeLog::write(monitor_, storeLog::transactionFailed, done.error().message);
+            writeLog(monitor_, storeLog::rollbackFailed, rolledBack.error().message);
+        writeLog(monitor_, storeLog::transactionFailed, done.error().message);
     }
     transaction_.reset();
     return done;
@@ -383,7 +383,7 @@ Result<Statement> APMSqliteStore::start(const Operation &operation, const Sqlite
 Error APMSqliteStore::failed(std::string_view operation, const Error &why) const
 {
     Error error = sqliteError(operation, why);
-    storeLog::write(monitor_, storeLog::sqliteFailure, error.message);
+    writeLog(monitor_, storeLog::sqliteFailure, error.message);
     return error;
 }
 

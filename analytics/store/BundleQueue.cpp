@@ -56,11 +56,11 @@ Result<> BundleQueue::insert(const APMMeasurementBundle *bundle, IsRealtime isRe
         return storeLog::refusal(monitor, "Failed to insert bundle without valid timestamp");
     if (std::abs(now - bundle->startTimestamp) > maxQueueTime ||
         std::abs(now - bundle->endTimestamp) > maxQueueTime)
-        storeLog::write(monitor, storeLog::bundleOutsideTimeSpan);
+        writeLog(monitor, storeLog::bundleOutsideTimeSpan);
     const auto data = gzip(BundleMessage::encode(*bundle));
     if (!data)
         return storeLog::refusal(monitor, data.error().message);
-    storeLog::write(monitor, storeLog::savingBundle, std::to_string(data->size()));
+    writeLog(monitor, storeLog::savingBundle, std::to_string(data->size()));
     return store_.insert(
         {"insert bundle",
          "INSERT INTO queue (data, bundle_end_timestamp, is_realtime, retry_count) VALUES (?, ?, ?, 0)"},
@@ -72,8 +72,8 @@ std::optional<QueuedBundle> BundleQueue::read(const Statement &row) const
     QueuedBundle queued{row.integer(0).value_or(0), row.integer(2).value_or(0), 0, {}};
     auto bundle = decodeBundle(row.bytes(1).value_or(std::span<const std::uint8_t>()), queued.size);
     if (!bundle) {
-        storeLog::write(store_.monitor(), storeLog::unreadableBundle,
-                        std::to_string(queued.rowID) + ", " + bundle.error().message);
+        writeLog(store_.monitor(), storeLog::unreadableBundle,
+                 std::to_string(queued.rowID) + ", " + bundle.error().message);
         return {};
     }
     queued.bundle = *std::move(bundle);

@@ -138,8 +138,8 @@ std::optional<RawEvent> RawEventTable::read(std::int64_t rowID, std::span<const 
     auto event = EventMessage::decode(data);
     if (event && !event->name.empty())
         return RawEvent{rowID, *std::move(event), isRealtime ? IsRealtime::Yes : IsRealtime::No};
-    storeLog::write(store_.monitor(), storeLog::unreadableEvent,
-                    std::to_string(rowID) + ", " + (event ? "it has no name" : event.error().message));
+    writeLog(store_.monitor(), storeLog::unreadableEvent,
+             std::to_string(rowID) + ", " + (event ? "it has no name" : event.error().message));
     return {};
 }
 

@@ -39,8 +39,8 @@ Result<std::vector<APMUserAttribute>> UserAttributeTable::all(IncludingInternal 
                 attributes.push_back(
                     {std::move(name), row.text(1).value_or(""), row.real(2).value_or(0), *value});
             else
-                storeLog::write(store_.monitor(), storeLog::unreadableAttribute,
-                                name + ", " + value.error().message);
+                writeLog(store_.monitor(), storeLog::unreadableAttribute,
+                         name + ", " + value.error().message);
         });
     if (!asked)
         return asked.error();

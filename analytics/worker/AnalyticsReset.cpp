@@ -20,11 +20,11 @@ void AnalyticsReset::wipe()
 {
     makePending(); // before it is tried: the process may end in between
     if (const auto wiped = services_.journal.reset(); !wiped) {
-        measurementLog::write(services_.monitor, measurementLog::resetFailed);
+        writeLog(services_.monitor, measurementLog::resetFailed);
         return;
     }
     services_.suite.removeValue(suiteKeys::resetRetryCount);
-    measurementLog::write(services_.monitor, measurementLog::wasReset);
+    writeLog(services_.monitor, measurementLog::wasReset);
 }
 
 void AnalyticsReset::wipeIfPending()

@@ -24,7 +24,7 @@ APMDatabase *DatabaseKeeper::database()
         return database_.get();
     } else if (toldWhy_ != opened.error().message) {
         toldWhy_ = opened.error().message;
-        measurementLog::write(services_.monitor, measurementLog::noDatabase, opened.error().description());
+        writeLog(services_.monitor, measurementLog::noDatabase, opened.error().description());
     }
     nextTry_ = now + retrySeconds;
     return nullptr;
@@ -41,7 +41,7 @@ void DatabaseKeeper::closeUnlessSound()
         lastDamage_ = now;
         database_.reset();
     } else if (database_->hasMoved()) {
-        measurementLog::write(services_.monitor, measurementLog::databaseVanished);
+        writeLog(services_.monitor, measurementLog::databaseVanished);
         database_.reset();
     }
 }
@@ -64,7 +64,7 @@ void DatabaseKeeper::didFail(const Error &error)
     if (!database_ || isDamaged_ || !APMDatabase::isDamage(error))
         return;
     isDamaged_ = true;
-    measurementLog::write(services_.monitor, measurementLog::databaseDamaged, error.description());
+    writeLog(services_.monitor, measurementLog::databaseDamaged, error.description());
 }
 
 } // namespace skyflare

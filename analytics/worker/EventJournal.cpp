@@ -111,8 +111,8 @@ void EventJournal::commit()
     const std::uint64_t lost = uncommitted.count(LedgerEntry::Stored);
     services_.ledger.count(LedgerEntry::Failed, lost);
     if (lost > 0)
-        measurementLog::write(services_.monitor, measurementLog::eventsNotStored,
-                              std::to_string(lost) + ", " + ended.error().message);
+        writeLog(services_.monitor, measurementLog::eventsNotStored,
+                 std::to_string(lost) + ", " + ended.error().message);
 }
 
 /// What fails here, in a transaction that is still whole, is written with the next one: the events are not

@@ -14,7 +14,7 @@ void EventListeners::add(LogEventListenerToken token, LogEventListener listener)
 void EventListeners::remove(LogEventListenerToken token)
 {
     if (listeners_.erase(token) == 0)
-        measurementLog::write(monitor_, measurementLog::invalidListenerToken);
+        writeLog(monitor_, measurementLog::invalidListenerToken);
 }
 
 void EventListeners::notify(const APMEvent &event) const

@@ -1,6 +1,7 @@
 #include "analytics/worker/EventRecorder.h"
 
 #include "analytics/validation/ErrorMarker.h"
+#include "analytics/validation/RefusalLog.h"
 #include "analytics/validation/ReservedNames.h"
 #include "analytics/worker/MeasurementLog.h"
 
@@ -19,7 +20,7 @@ constexpr std::uint64_t reportEvery = 1'000; ///< the first event dropped, and e
 struct LimitRow {
     LimitDecision::Verdict verdict;
     LedgerEntry entry;
-    measurementLog::Text text;
+    LogText text;
 };
 
 using LimitVerdict = LimitDecision::Verdict;
@@ -107,9 +108,8 @@ void EventRecorder::report(const LimitDecision &decision, const APMEvent &event)
     if (!decision.isReported)
         return;
     const bool isError = decision.verdict == LimitVerdict::TooManyErrorEvents;
-    measurementLog::write(
-        services_.monitor, row->text,
-        measurementLog::withLimit(isError ? errorCodeOf(event) : described(event.name), decision.limit));
+    writeLog(services_.monitor, row->text,
+             measurementLog::withLimit(isError ? errorCodeOf(event) : described(event.name), decision.limit));
 }
 
 /// Only a name of the app's own can be one too many. The event takes back what it had added to the day.
@@ -127,8 +127,8 @@ bool EventRecorder::isWithinNames(const APMEvent &event, IsPublicEvent isPublicE
     --counts.publicEventsCount;
     services_.ledger.count(LedgerEntry::LimitedNames);
     if (namesDropped_++ % reportEvery == 0)
-        measurementLog::write(services_.monitor, measurementLog::tooManyEventNames,
-                              measurementLog::withLimit(described(event.name), limits_.publicEventNames));
+        writeLog(services_.monitor, measurementLog::tooManyEventNames,
+                 measurementLog::withLimit(described(event.name), limits_.publicEventNames));
     raise({CallSite::EventNameCount, FailureCode::Valid, event.name}, event.timestamp);
     return false;
 }

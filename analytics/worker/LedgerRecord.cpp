@@ -50,7 +50,7 @@ Result<> LedgerRecord::takeOver(APMDatabase &database)
         ledger_.count(LedgerEntry::Found, static_cast<std::uint64_t>(uncounted));
     if (uncounted < 0) {
         ledger_.count(LedgerEntry::Lost, static_cast<std::uint64_t>(-uncounted));
-        measurementLog::write(monitor_, measurementLog::rowsLost, std::to_string(-uncounted));
+        writeLog(monitor_, measurementLog::rowsLost, std::to_string(-uncounted));
     }
     return {};
 }
@@ -58,7 +58,7 @@ Result<> LedgerRecord::takeOver(APMDatabase &database)
 void LedgerRecord::addEarlierRun(const EventTally &kept)
 {
     if (!isSound(kept)) {
-        measurementLog::write(monitor_, measurementLog::ledgerUnsound);
+        writeLog(monitor_, measurementLog::ledgerUnsound);
         return;
     }
     ledger_.add(kept);

@@ -1,5 +1,6 @@
 #include "analytics/worker/MeasurementWorker.h"
 
+#include "analytics/validation/RefusalLog.h"
 #include "analytics/worker/MeasurementLog.h"
 
 #include <utility>
@@ -39,9 +40,9 @@ void MeasurementWorker::start(const APMAnalyticsOptions &options, Collection col
     services_.app.appId = options.appID;
     journal_.setAppData(services_.app);
     setInstanceID(services_.suite.appInstanceID());
-    measurementLog::write(services_.monitor, measurementLog::started, startOrigin);
+    writeLog(services_.monitor, measurementLog::started, startOrigin);
     if (isDeactivated_) {
-        measurementLog::write(services_.monitor, measurementLog::deactivated);
+        writeLog(services_.monitor, measurementLog::deactivated);
         return;
     }
     reset_.wipeIfPending();
@@ -51,7 +52,7 @@ void MeasurementWorker::start(const APMAnalyticsOptions &options, Collection col
 void MeasurementWorker::setInstanceID(const Result<std::string> &made)
 {
     if (!made) {
-        measurementLog::write(services_.monitor, measurementLog::noInstanceID);
+        writeLog(services_.monitor, measurementLog::noInstanceID);
         return;
     }
     services_.app.appInstanceId = *made;
@@ -72,8 +73,8 @@ bool MeasurementWorker::isDropped(const LogEventCall &call)
         return false;
     services_.ledger.count(LedgerEntry::Disabled);
     if (services_.monitor.isLogging(measurementLog::eventWhileDisabled.level))
-        measurementLog::write(services_.monitor, measurementLog::eventWhileDisabled,
-                              described(std::optional<std::string_view>(call.name)));
+        writeLog(services_.monitor, measurementLog::eventWhileDisabled,
+                 described(std::optional<std::string_view>(call.name)));
     return true;
 }
 
@@ -130,8 +131,8 @@ void MeasurementWorker::setDefaultEventParameters(std::optional<PropertyList::Di
 void MeasurementWorker::setAnalyticsCollectionEnabled(bool choice, Collection collection)
 {
     services_.suite.setValue(choice, suiteKeys::analyticsCollection);
-    measurementLog::write(services_.monitor, measurementLog::collectionChanged,
-                          collection == Collection::On ? "true" : "false");
+    writeLog(services_.monitor, measurementLog::collectionChanged,
+             collection == Collection::On ? "true" : "false");
     logFirstOpenIfDue(collection);
 }
 

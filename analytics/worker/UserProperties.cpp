@@ -1,6 +1,7 @@
 #include "analytics/worker/UserProperties.h"
 
 #include "analytics/validation/EventParameterFilter.h"
+#include "analytics/validation/RefusalLog.h"
 #include "analytics/validation/ReservedNames.h"
 #include "analytics/worker/MeasurementLog.h"
 
@@ -42,8 +43,8 @@ bool isFalse(std::string_view text)
 void UserProperties::setUserAttribute(UserPropertyCall call)
 {
     if (call.enabled == Collection::Off) {
-        measurementLog::write(services_.monitor, isAboutAds(call) ? measurementLog::adsWhileDisabled
-                                                                  : measurementLog::propertyWhileDisabled);
+        writeLog(services_.monitor,
+                 isAboutAds(call) ? measurementLog::adsWhileDisabled : measurementLog::propertyWhileDisabled);
         return;
     }
     std::optional<APMValue> value;
@@ -96,8 +97,8 @@ std::optional<Refusal> UserProperties::judgeName(const UserPropertyCall &call)
                                ? validator_.isValidForwardedEventOrigin(call.origin)
                                : validator_.isValidInternalEventOrigin(call.origin);
     if (!origin) {
-        measurementLog::write(services_.monitor, measurementLog::propertyOriginInvalid,
-                              described(call.origin) + ", " + described(given));
+        writeLog(services_.monitor, measurementLog::propertyOriginInvalid,
+                 described(call.origin) + ", " + described(given));
         return Refusal{CallSite::UserPropertyName, origin.failureCode, nameAtFault(given)};
     }
     const Verdict name = call.kind == Kind::Public ? validator_.isValidPublicUserAttributeName(given)
@@ -109,10 +110,10 @@ std::optional<Refusal> UserProperties::judgeName(const UserPropertyCall &call)
 
 Refusal UserProperties::wrongType(const UserPropertyCall &call)
 {
-    const measurementLog::Text &text = call.kind == Kind::Public   ? measurementLog::propertyNotString
-                                       : call.kind == Kind::UserID ? measurementLog::userIDNotString
-                                                                   : measurementLog::propertyNotScalar;
-    measurementLog::write(services_.monitor, text, classNameOf(*call.value));
+    const LogText &text = call.kind == Kind::Public   ? measurementLog::propertyNotString
+                          : call.kind == Kind::UserID ? measurementLog::userIDNotString
+                                                      : measurementLog::propertyNotScalar;
+    writeLog(services_.monitor, text, classNameOf(*call.value));
     return {CallSite::UserPropertyValue, FailureCode::WrongType, *call.name};
 }
 
@@ -123,8 +124,8 @@ std::optional<Refusal> UserProperties::judgeCount(const UserPropertyCall &call)
         std::ranges::find(all, *call.name, &APMUserAttribute::name) != all.end() ||
         std::ranges::count_if(all, isPublicName, &APMUserAttribute::name) < mostPublic_)
         return {};
-    measurementLog::write(services_.monitor, measurementLog::tooManyProperties,
-                          measurementLog::withLimit(described(*call.name), mostPublic_));
+    writeLog(services_.monitor, measurementLog::tooManyProperties,
+             measurementLog::withLimit(described(*call.name), mostPublic_));
     return Refusal{CallSite::UserPropertyCount, FailureCode::Valid, *call.name};
 }
 
