@@ -23,7 +23,7 @@ public:
         Console &console;
         RandomSource &random;
         APMDatabase::ExcludeFromBackup excludeFromBackup;
-        std::function<void()> prepareThread; ///< run first on each of the engine's threads
+        std::function<void()> prepareThread = {}; ///< run first on each of the engine's threads
         APMRemoteConfig settings = {};
     };
     struct Places {
