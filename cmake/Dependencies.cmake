@@ -1,6 +1,7 @@
 # Every library that Skyflare links, found once. packages.txt names the Debian package of each.
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
+find_package(CURL 7.85 REQUIRED)
 find_package(JPEG REQUIRED)
 find_package(SQLite3 REQUIRED)
 find_package(ZLIB REQUIRED)

@@ -8,9 +8,9 @@
 #include "platform/camera/SimulatedSkySource.h"
 #include "platform/linux/BackgroundThread.h"
 #include "platform/linux/BackupExclusion.h"
-#include "platform/linux/DeploymentFolders.h"
 #include "platform/linux/MachineFacts.h"
 #include "platform/linux/PicturesLibrary.h"
+#include "platform/linux/ProgramFiles.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/SystemRandom.h"
 #include "platform/linux/TerminationSignals.h"
@@ -187,8 +187,9 @@ void Program::startAnalytics()
                                 .random = random_,
                                 .excludeFromBackup = &excludeFromBackup,
                                 .prepareThread = &becomeBackgroundThread},
-        AnalyticsHost::Places{
-            .config = directories_.config, .state = directories_.state, .options = deploymentFolders()},
+        AnalyticsHost::Places{.config = directories_.config,
+                              .state = directories_.state,
+                              .options = ProgramFiles::standard().deployment},
         options_.launchSwitches, appData());
     analytics_->start();
 }
@@ -321,10 +322,12 @@ int showAnalytics(const Options &options)
     const SystemClock clock;
     WatchConsole console({.lines = nullptr});
     const UserDirectories directories = directoriesFor(options);
-    AnalyticsInspection inspection(
-        {.clock = clock, .console = console, .answers = stdout},
-        {.config = directories.config, .state = directories.state, .options = deploymentFolders()},
-        options.json ? AnalyticsInspection::Form::Json : AnalyticsInspection::Form::Text);
+    AnalyticsInspection inspection({.clock = clock, .console = console, .answers = stdout},
+                                   {.config = directories.config,
+                                    .state = directories.state,
+                                    .options = ProgramFiles::standard().deployment},
+                                   options.json ? AnalyticsInspection::Form::Json
+                                                : AnalyticsInspection::Form::Text);
     const auto printed = options.analyticsStatus ? inspection.printStatus() : inspection.printEvents();
     if (std::fflush(stdout) != 0)
         return sourceFailed;

@@ -1,12 +1,10 @@
 #include "analytics/pipeline/APMAnalyticsOptions.h"
 
 #include "analytics/model/LogText.h"
-#include "platform/base/Files.h"
-#include "platform/base/PropertyList.h"
+#include "platform/base/DeploymentFile.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <string_view>
 #include <variant>
 
@@ -55,27 +53,12 @@ constexpr LogText emptyAppID{
     "Mipeme App ID from MipemeService-Info.plist is empty. Please, define MIPEME_APP_ID in "
     "MipemeService-Info.plist for Analytics to work reliably. See analytics/pipeline/README.md"};
 
-Result<PropertyList> readList(const std::filesystem::path &path)
-{
-    const auto bytes = readFile(path);
-    return bytes ? PropertyList::parse(*bytes) : Result<PropertyList>(bytes.error());
-}
-
 PropertyList::Dictionary readFirst(std::span<const std::filesystem::path> folders, const char *name,
                                    APMMonitor &monitor)
 {
-    for (const auto &folder : folders) {
-        const auto path = folder / name;
-        const auto list = readList(path);
-        if (list && list->as<PropertyList::Dictionary>())
-            return *list->as<PropertyList::Dictionary>();
-        const bool isMissing = !list && list.error().domain == "file" &&
-                               (list.error().code == ENOENT || list.error().code == ENOTDIR);
-        if (!isMissing)
-            writeLog(monitor, unusableFile,
-                     path.string() + ", " + (list ? "not a dictionary" : list.error().message));
-    }
-    return {};
+    return readDeploymentFile(folders, name, [&monitor](const auto &file, const std::string &why) {
+        writeLog(monitor, unusableFile, file.string() + ", " + why);
+    });
 }
 
 /// True and false, also as the numbers and words that people write into such files by hand.

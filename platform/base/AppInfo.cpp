@@ -1,0 +1,50 @@
+#include "platform/base/AppInfo.h"
+
+#include "platform/base/DeploymentFile.h"
+
+#include <array>
+#include <string_view>
+
+namespace skyflare {
+
+namespace {
+
+constexpr const char *infoFileName = "Info.plist";
+constexpr std::string_view shortVersionKey = "CFBundleShortVersionString";
+
+struct InfoRow {
+    std::string_view key;
+    std::string AppInfo::*field;
+};
+
+constexpr std::array<InfoRow, 3> infoRows{{
+    {"SkyflareRemoteConfigURL", &AppInfo::remoteConfigURL},
+    {"SkyflareStorePage", &AppInfo::storePage},
+    {"SkyflareSupportAddress", &AppInfo::supportAddress},
+}};
+
+std::string textIn(const PropertyList::Dictionary &values, std::string_view key)
+{
+    const auto found = values.find(key);
+    const auto *text = found == values.end() ? nullptr : found->second.as<std::string>();
+    return text ? *text : std::string();
+}
+
+} // namespace
+
+AppInfo AppInfo::load(std::span<const std::filesystem::path> folders, Console &console)
+{
+    AppInfo info;
+    const auto report = [&console](const std::filesystem::path &file, const std::string &why) {
+        console.reportLine(file.string() + " cannot be used: " + why);
+    };
+    const PropertyList::Dictionary values = readDeploymentFile(folders, infoFileName, report);
+    for (const InfoRow &row : infoRows)
+        info.*row.field = textIn(values, row.key);
+    if (!folders.empty())
+        info.shortVersion =
+            textIn(readDeploymentFile(folders.subspan(1), infoFileName, report), shortVersionKey);
+    return info;
+}
+
+} // namespace skyflare

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/base/DispatchQueue.h"
+#include "platform/desktop/CameraAuthorization.h"
+
+#include <filesystem>
+
+namespace skyflare {
+
+/// The permission to use a camera that is a device file: what the kernel lets this user do.
+///
+/// It is never undetermined, so nobody is asked. A device that is away is authorised: starting it tells.
+///
+/// Threads: main. Borrows the main queue.
+class DeviceCameraAuthorization final : public CameraAuthorization {
+public:
+    /// @param device  such as /dev/video0; empty for a camera without a device file, which all may use
+    DeviceCameraAuthorization(std::filesystem::path device, SerialQueue &mainQueue);
+
+    [[nodiscard]] CameraAuthorizationStatus authorizationStatus() override;
+    void requestAccess(std::function<void(bool granted)> completionHandler) override;
+
+private:
+    const std::filesystem::path device_;
+    SerialQueue &mainQueue_;
+};
+
+} // namespace skyflare

@@ -1,0 +1,121 @@
+#include "platform/cloud/FIRApp.h"
+
+#include "platform/base/AppInfo.h"
+#include "platform/cloud/FIRInstallations.h"
+#include "platform/linux/ProgramFiles.h"
+#include "platform/linux/SystemRandom.h"
+#include "tests/fakes/RecordingConsole.h"
+#include "tests/fakes/TemporaryFolder.h"
+
+#include <doctest/doctest.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+using namespace skyflare;
+
+namespace {
+
+struct DeploymentFixture {
+    TemporaryFolder folder;
+    std::vector<std::filesystem::path> folders{folder / "etc", folder / "program"};
+    RecordingConsole console;
+
+    void write(const std::string &file, const std::string &content)
+    {
+        std::filesystem::create_directories((folder / file).parent_path());
+        std::ofstream(folder / file) << content;
+    }
+    void writeList(const std::string &file, const std::string &entries)
+    {
+        write(file, "<plist version=\"1.0\"><dict>" + entries + "</dict></plist>");
+    }
+};
+
+std::string entry(const std::string &key, const std::string &value)
+{
+    return "<key>" + key + "</key><string>" + value + "</string>";
+}
+
+struct NoRandom final : RandomSource {
+    Result<> fill(std::span<std::uint8_t> /*bytes*/) override { return Error{"random", 5, "none"}; }
+};
+
+} // namespace
+
+TEST_CASE_FIXTURE(DeploymentFixture, "a deployer's Info.plist takes the place of ours, but for the version")
+{
+    writeList("program/Info.plist", entry("CFBundleShortVersionString", "1.2.3") +
+                                        entry("SkyflareStorePage", "https://ours.example/"));
+    AppInfo info = AppInfo::load(folders, console);
+    CHECK(info.shortVersion == "1.2.3");
+    CHECK(info.storePage == "https://ours.example/");
+    CHECK(info.remoteConfigURL.empty());
+
+    writeList("etc/Info.plist", entry("CFBundleShortVersionString", "1.0") +
+                                    entry("SkyflareRemoteConfigURL", "https://c.example/") +
+                                    entry("SkyflareSupportAddress", "help@example.org"));
+    info = AppInfo::load(folders, console);
+    CHECK(info.shortVersion == "1.2.3");
+    CHECK(info.storePage.empty());
+    CHECK(info.remoteConfigURL == "https://c.example/");
+    CHECK(info.supportAddress == "help@example.org");
+    CHECK(console.reports().empty());
+
+    write("etc/Info.plist", "<plist version=");
+    writeList("program/Info.plist", "<key>CFBundleShortVersionString</key><integer>3</integer>" +
+                                        entry("SkyflareStorePage", "https://ours.example/"));
+    info = AppInfo::load(folders, console);
+    CHECK(info.shortVersion.empty());
+    CHECK(info.storePage == "https://ours.example/");
+    REQUIRE(console.reports().size() == 1);
+    CHECK(console.reports()[0].starts_with((folder / "etc/Info.plist").string() + " cannot be used: "));
+}
+
+TEST_CASE("as it is built the app knows its version, and nobody to connect to")
+{
+    RecordingConsole console;
+    auto folders = ProgramFiles::standard().deployment;
+    folders.at(0) = "/nowhere"; // whatever this machine's deployer has set up
+    const AppInfo info = AppInfo::load(folders, console);
+    CHECK(info.shortVersion.find('.') != std::string::npos);
+    CHECK((info.remoteConfigURL + info.storePage + info.supportAddress).empty());
+    CHECK(FIROptions::load(folders, console).appID.empty());
+    CHECK(console.reports().empty());
+}
+
+TEST_CASE_FIXTURE(DeploymentFixture, "components start once, in their order, with the options")
+{
+    writeList("etc/MipemeService-Info.plist", entry("MIPEME_APP_ID", "1:2:linux:3"));
+    writeList("program/Info.plist", entry("SkyflareRemoteConfigURL", "https://c.example/"));
+    FIRApp app(folders, console);
+    std::vector<std::string> started;
+    app.registerComponent([&](const FIROptions &options) {
+        started.push_back("first " + options.appID);
+        app.configure(); // asked for again by what it starts
+    });
+    app.registerComponent(
+        [&](const FIROptions &options) { started.push_back("second " + options.remoteConfigURL); });
+    CHECK(!app.options());
+    app.configure();
+    app.configure();
+    app.registerComponent([&](const FIROptions & /*options*/) { started.emplace_back("late"); });
+    CHECK(started == std::vector<std::string>{"first 1:2:linux:3", "second https://c.example/", "late"});
+}
+
+TEST_CASE_FIXTURE(DeploymentFixture, "an installation keeps its identifier, and no other has the same")
+{
+    SystemRandom random;
+    NoRandom noRandom;
+    const auto file = folder / "installation.plist";
+    UserDefaults defaults(file, console);
+    CHECK(!FIRInstallations(defaults, noRandom).installationID());
+    CHECK(!std::filesystem::exists(file));
+    const std::string made = *FIRInstallations(defaults, random).installationID();
+    CHECK(made.size() == 32);
+    UserDefaults later(file, console);
+    CHECK(*FIRInstallations(later, noRandom).installationID() == made);
+    later.setObject(PropertyList(std::string("mine")), "installationID"); // not one of ours
+    CHECK(*FIRInstallations(later, random).installationID() != made);
+}

@@ -1,0 +1,115 @@
+#include "platform/base/AsioQueues.h"
+#include "platform/desktop/MissingRemoteNotifications.h"
+#include "platform/desktop/MissingUserNotifications.h"
+#include "platform/linux/DesktopURLOpener.h"
+#include "platform/linux/DeviceCameraAuthorization.h"
+#include "tests/fakes/RecordingConsole.h"
+#include "tests/fakes/TemporaryFolder.h"
+#include "tests/fakes/VirtualTime.h"
+
+#include <doctest/doctest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <optional>
+#include <string>
+
+using namespace skyflare;
+
+TEST_CASE("only addresses of a few kinds are opened")
+{
+    for (const char *good :
+         {"https://example.org/a?b=%20#c", "HTTP://example.org", "mailto:help@example.org?subject=Hi",
+          "appstream://org.example.app", "app-settings:"})
+        CHECK(isOpenableURL(good));
+    for (const char *bad : {"", "example.org", "file:///etc/passwd", "javascript:alert(1)", "app-settings:x",
+                            "1https://a", "https", ":", "https://example.org/a b", "https://example.org/%2",
+                            "https://a\n", "https://ü.example"})
+        CHECK(!isOpenableURL(bad));
+    CHECK(formsURL("file:///etc/passwd"));
+    CHECK(!formsURL("https://example.org/%zz"));
+}
+
+TEST_CASE("an address goes to the program that the user has for it, and the settings to the desktop's")
+{
+    // One home for all of the test: GIO looks at its environment once.
+    const TemporaryFolder folder;
+    const auto applications = folder / "applications";
+    std::filesystem::create_directories(applications);
+    const std::string pipe = (folder / "opened").string();
+    REQUIRE(mkfifo(pipe.c_str(), 0600) == 0);
+    const std::string program = (folder / "systemsettings").string();
+    std::ofstream(program) << "#!/bin/sh\nprintf '%s\\n' \"$*\" > " << pipe << "\n";
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    std::ofstream(applications / "browser.desktop")
+        << "[Desktop Entry]\nType=Application\nName=Browser\nExec=" << program << " %u\n";
+    std::ofstream(folder / "mimeapps.list")
+        << "[Default Applications]\nx-scheme-handler/https=browser.desktop\n";
+    setenv("XDG_DATA_HOME", folder.path().c_str(), 1);
+    setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+    setenv("XDG_DATA_DIRS", folder.path().c_str(), 1);
+    setenv("XDG_CONFIG_DIRS", folder.path().c_str(), 1);
+    setenv("XDG_CURRENT_DESKTOP", "Some:KDE", 1);
+    setenv("PATH", (folder.path().string() + ":" + std::getenv("PATH")).c_str(), 1);
+    std::fstream lines(pipe, std::ios::in | std::ios::out); // both, so that it never comes to an end
+    const auto opened = [&] {
+        std::string line;
+        std::getline(lines, line);
+        return line;
+    };
+
+    AsioQueues queues;
+    RecordingConsole console;
+    DesktopURLOpener opener({queues.globalUserInitiated(), console, {}});
+    CHECK(opener.canOpenURL("https://example.org/"));
+    CHECK(!opener.canOpenURL("http://example.org/")); // nobody does
+    CHECK(!opener.canOpenURL("file:///etc/passwd"));
+    opener.openURL("https://example.org/?a=$(b)&c='d");
+    CHECK(opened() == "https://example.org/?a=$(b)&c='d");
+    CHECK(opener.canOpenURL("app-settings:"));
+    opener.openURL("app-settings:");
+    CHECK(opened() == "kcm_regionandlang");
+    CHECK(console.reports().empty());
+
+    opener.openURL("file:///etc/passwd");
+    opener.openURL("http://example.org/");
+    queues.drainGlobal();
+    REQUIRE(console.reports().size() == 2);
+    CHECK(console.reports()[0] == "This address is not opened: file:///etc/passwd");
+    CHECK(console.reports()[1].starts_with("Nothing opens http://example.org/: "));
+
+    setenv("XDG_CURRENT_DESKTOP", "GNOME-Like", 1);
+    CHECK(!opener.canOpenURL("app-settings:"));
+    int shown = 0;
+    DesktopURLOpener withPage({queues.globalUserInitiated(), console, [&] { ++shown; }});
+    CHECK(withPage.canOpenURL("app-settings:"));
+    withPage.openURL("app-settings:");
+    CHECK(shown == 1);
+}
+
+TEST_CASE("a service that is missing says so, once the caller is done")
+{
+    VirtualTime time;
+    MissingRemoteNotifications push(time.mainQueue(), "there is no push service");
+    MissingUserNotifications notifications(time.mainQueue(), "the desktop shows none");
+    std::string failed;
+    std::optional<bool> granted;
+    push.registerForRemoteNotifications(
+        [&](const Result<Bytes> &token) { failed = token.error().description(); });
+    notifications.requestAuthorizationWithOptions(UNAuthorizationOptions::Badge |
+                                                      UNAuthorizationOptions::Sound,
+                                                  [&](bool answer, const auto &) { granted = answer; });
+    CHECK((failed.empty() && !granted));
+    time.runUntilIdle();
+    CHECK(failed == "there is no push service (push 0)");
+    CHECK(granted == false);
+}
+
+TEST_CASE("a camera is authorised unless the kernel refuses its device")
+{
+    VirtualTime time;
+    for (const char *device : {"", "/dev/null", "/dev/no-such-camera"})
+        CHECK(DeviceCameraAuthorization(device, time.mainQueue()).authorizationStatus() ==
+              CameraAuthorizationStatus::Authorized);
+}
