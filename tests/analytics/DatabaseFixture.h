@@ -6,7 +6,6 @@
 #include "tests/fakes/VirtualTime.h"
 
 #include <doctest/doctest.h>
-#include <unistd.h>
 
 namespace skyflare {
 
@@ -17,22 +16,20 @@ public:
     void setLastStaleDataDeletion(double secondsSince1970) override { last = secondsSince1970; }
 };
 
-/// Where nothing has to wait for a disk.
-inline std::filesystem::path inMemory()
-{
-    const std::filesystem::path memory = "/dev/shm";
-    return access(memory.c_str(), W_OK | X_OK) == 0 ? memory : std::filesystem::temp_directory_path();
-}
+/// An older version's file: without the columns that came later, with another declaration of the time.
+constexpr const char *olderVersion = R"(
+    CREATE TABLE raw_events (name TEXT NOT NULL, timestamp INTEGER NOT NULL,
+                             metadata_fingerprint INTEGER NOT NULL, data BLOB NOT NULL, note VARCHAR(9));
+    INSERT INTO raw_events (rowid, name, timestamp, metadata_fingerprint, data, note)
+        VALUES (3, 'a', 5, 1, x'0A0161', 'x'), (7, 'b', 6, 1, x'0A0162', NULL);
+    CREATE TABLE queue (data BLOB NOT NULL, bundle_end_timestamp REAL NOT NULL);
+    INSERT INTO queue VALUES (x'01', 2);)";
 
 /// A measurement database in a folder of the test's own.
 struct DatabaseFixture {
     using Names = std::vector<std::string>;
 
-    explicit DatabaseFixture(const std::filesystem::path &in = std::filesystem::temp_directory_path())
-        : folder(in)
-    {
-    }
-    TemporaryFolder folder;
+    TemporaryFolder folder{memoryFolder()};
     RecordingMonitor monitor;
     VirtualTime time;
     MemoryConfig config;

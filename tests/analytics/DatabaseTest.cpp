@@ -124,6 +124,31 @@ TEST_CASE_FIXTURE(DatabaseFixture, "the generic store says what failed, and refu
     CHECK_FALSE(std::filesystem::exists(file));
 }
 
+TEST_CASE_FIXTURE(DatabaseFixture, "a database of an older version keeps its rows and gains what it lacks")
+{
+    make(olderVersion);
+    make("CREATE TABLE events (name TEXT PRIMARY KEY, other INTEGER NOT NULL);" // lacks what it must have
+         "CREATE TABLE subscriptions (subscription_id TEXT NOT NULL PRIMARY KEY, b INTEGER NOT NULL)");
+    for (int round = 0; round < 2; ++round) {
+        monitor.takeLines();
+        const auto database = open();
+        CHECK(monitor.takeLines() ==
+              std::vector<RecordingMonitor::Line>{
+                  {APMMonitor::Level::Error, 22006,
+                   "Failed to ensure table. Table, error: events, Table is missing required columns"},
+                  {APMMonitor::Level::Error, 22006,
+                   "Failed to ensure table. Table, error: subscriptions, Table contains unknown non-optional "
+                   "columns"}});
+        CHECK(ask("SELECT type FROM pragma_table_info('raw_events') WHERE name = 'timestamp'") ==
+              Names{"REAL"});
+        CHECK(ask("SELECT rowid || name || timestamp || ifnull(note, '-') || (is_realtime IS NULL) "
+                  "FROM raw_events") == Names{"3a5.0x1", "7b6.0-1"});
+        CHECK(ask("SELECT hex(data) || ifnull(retry_count, '-') FROM queue") == Names{"01-"});
+        CHECK(ask("SELECT name FROM sqlite_master WHERE name LIKE '%_old'").empty());
+        CHECK(database->rawEventsWithMetadataFingerprint(1)->events.at(1).event.name == "b");
+    }
+}
+
 TEST_CASE_FIXTURE(DatabaseFixture, "events are kept under their metadata, and taken out of it alone")
 {
     const auto database = open();

@@ -2,12 +2,14 @@
 
 #include "platform/base/AsioQueues.h"
 #include "platform/base/Files.h"
+#include "tests/analytics/DatabaseFixture.h"
 #include "tests/fakes/EngineInFolder.h"
 #include "tests/fakes/FileFaults.h"
 
 #include <doctest/doctest.h>
 #include <sys/wait.h>
 
+#include <fstream>
 #include <future>
 #include <latch>
 #include <numeric>
@@ -31,13 +33,9 @@ void log(APMAnalytics &analytics, std::int64_t first, std::int64_t count)
 std::vector<std::int64_t> numbers(const EngineInFolder &engine)
 {
     std::vector<std::int64_t> found;
-    RecordingMonitor monitor;
-    const auto reader = MeasurementReader::open(engine.file, monitor);
-    REQUIRE(reader);
-    REQUIRE((*reader)->forEachWaitingEvent([&found](const RawEvent &raw) {
-        if (raw.event.name == "e")
-            found.push_back(*raw.event.parameters.at(0).value.integer());
-    }));
+    for (const APMEvent &event : engine.stored())
+        if (event.name == "e")
+            found.push_back(*event.parameters.at(0).value.integer());
     return found;
 }
 
@@ -48,29 +46,12 @@ std::vector<std::int64_t> fromTo(std::int64_t first, std::int64_t last)
     return all;
 }
 
-void checkBalance(const EngineInFolder &engine)
+void makeUnreadable(const std::filesystem::path &file, std::uintmax_t from)
 {
-    const auto balanced = engine.tally().balance(0, std::uint64_t(engine.rows()));
-    CHECK_MESSAGE(balanced, balanced.error().message);
+    std::fstream bytes(file, std::ios::in | std::ios::out | std::ios::binary);
+    bytes.seekp(std::streamoff(from));
+    bytes << std::string(std::filesystem::file_size(file) - from, 'U');
 }
-
-/// A program on real queues, whose database does not answer before it is told to.
-struct HangingEngine {
-    EngineInFolder things; ///< but not its engine
-    std::latch answers{1};
-    std::promise<void> hangs;
-    AsioQueues queues;
-    std::shared_ptr<SerialQueue> main = queues.makeSerialQueue("main");
-    AnalyticsHost host{{queues, things.time, things.console, things.random,
-                        [this](const std::filesystem::path &) -> Result<> {
-                            hangs.set_value();
-                            answers.wait();
-                            return {};
-                        }},
-                       {things.folder / "config", things.folder / "state", {}},
-                       {},
-                       {}};
-};
 
 } // namespace
 
@@ -81,9 +62,21 @@ TEST_CASE("whatever is wrong with its database, events go on, and are stored aga
     const auto own = [&owner](const EngineInFolder &engine) {
         owner = std::make_unique<OwnerLock>(*OwnerLock::acquire(engine.file));
     };
-    const auto lock = [&other](const EngineInFolder &engine) {
-        other = *Database::open(engine.file, OpenMode::Write, 0s);
-        REQUIRE(other->execute("BEGIN IMMEDIATE"));
+    const auto lock = [&other](const char *how) {
+        return [&other, how](const EngineInFolder &engine) {
+            other = *Database::open(engine.file, OpenMode::Write, 0s);
+            REQUIRE(other->execute(how));
+        };
+    };
+    const auto damage = [](const EngineInFolder &engine) {
+        const auto database = *Database::open(engine.file, OpenMode::Write, 0s);
+        REQUIRE(database->execute("CREATE TABLE t(a); PRAGMA wal_checkpoint(TRUNCATE)")); // nothing is cached
+        makeUnreadable(engine.file, 4096);
+    };
+    const auto damageIndex = [](const EngineInFolder &engine) {
+        REQUIRE((*Database::open(engine.file, OpenMode::Write, 0s))
+                    ->execute("CREATE TABLE t(a); CREATE INDEX i ON t(a); INSERT INTO t VALUES (1), (2)"));
+        makeUnreadable(engine.file, std::filesystem::file_size(engine.file) - 4096);
     };
     const auto fail = [](Fault fault) {
         return [fault](const EngineInFolder &) { fileFaults::plan(fault, 1); };
@@ -106,8 +99,8 @@ TEST_CASE("whatever is wrong with its database, events go on, and are stored aga
         REQUIRE(replaceFile(engine.file, Bytes(9000, 'x')));
     };
     const Row rows[] = {
-        {"locked", lock, false, 3, 0, withoutFailed},
-        {"locked while open", lock, true, 3, 0, withoutFailed},
+        {"locked", lock("PRAGMA journal_mode = DELETE; BEGIN EXCLUSIVE"), false, 3, 0, withoutFailed},
+        {"locked while open", lock("BEGIN IMMEDIATE"), true, 3, 0, withoutFailed},
         {"another process's", own, false, 3, 0, withoutFailed},
         {"read-only", fail(Fault::ReadOnly), false, 3, 0, withoutFailed},
         {"full", fail(Fault::FailFromThenOn), false, 3, 0, withoutFailed},
@@ -117,6 +110,8 @@ TEST_CASE("whatever is wrong with its database, events go on, and are stored aga
         {"vanished while open", remove, true, 0, 4, madeAnew},
         {"its folder vanished while open", removeAll, true, 0, 4, madeAnew},
         {"garbage", garbage, false, 0, 0, madeAnew},
+        {"an index is damaged", damageIndex, false, 0, 0, madeAnew},
+        {"damaged while open", damage, true, 1, 4, fromTo(5, 9)},
         {"as it should be", [](const EngineInFolder &) {}, true, 0, 0, all},
     };
     for (const Row &row : rows) {
@@ -129,44 +124,91 @@ TEST_CASE("whatever is wrong with its database, events go on, and are stored aga
         row.spoil(engine);
         if (!row.isOpen)
             engine.start();
-        log(engine.host->analytics(), 4, 3);
+        log(engine.analytics(), 4, 3);
         engine.time.runUntilIdle();
-        CHECK(engine.tally().count(LedgerEntry::Failed) == row.failed);
+        CHECK(engine.count(LedgerEntry::Failed) == row.failed);
         CHECK(engine.tally().underWay() == 0);
 
         fileFaults::plan(Fault::None);
         other.reset();
         owner.reset();
         engine.time.advance(61s);
-        log(engine.host->analytics(), 7, 3);
+        log(engine.analytics(), 7, 3);
         engine.time.runUntilIdle();
-        CHECK(engine.tally().count(LedgerEntry::Failed) == row.failed);
-        CHECK(engine.tally().count(LedgerEntry::Lost) == row.lost);
-        checkBalance(engine);
+        CHECK(engine.count(LedgerEntry::Failed) == row.failed);
+        CHECK(engine.count(LedgerEntry::Lost) == row.lost);
+        CHECK(engine.balance() == "balanced");
         CHECK(numbers(engine) == row.stored);
     }
 }
 
 TEST_CASE("while the database hangs every call returns, and the end comes in time")
 {
-    HangingEngine engine;
-    log(engine.host.analytics(), 1, 3);
-    engine.host.start();
-    REQUIRE(engine.hangs.get_future().wait_for(deadline) == std::future_status::ready);
-    std::promise<void> closed;
+    EngineInFolder things;
+    AsioQueues queues;
+    std::latch answers{1};
+    std::promise<void> hangs;
+    const auto host = things.makeHost(queues, [&](const std::filesystem::path &) -> Result<> {
+        hangs.set_value();
+        answers.wait();
+        return {};
+    });
+    APMAnalytics &analytics = host->analytics();
+    log(analytics, 1, 3);
+    host->start();
+    REQUIRE(hangs.get_future().wait_for(deadline) == std::future_status::ready);
     // What waited for anything would wait for ever here.
-    log(engine.host.analytics(), 4, 100);
-    engine.host.analytics().setUserID(std::string("u"));
-    engine.host.analytics().resetAnalyticsData();
-    engine.host.close(*engine.main, [&closed] { closed.set_value(); });
+    log(analytics, 4, 100);
+    analytics.setUserID(std::string("u"));
+    analytics.resetAnalyticsData();
+    const auto main = queues.makeSerialQueue("main");
+    std::promise<void> closed;
+    host->close(*main, [&closed] { closed.set_value(); });
     REQUIRE(closed.get_future().wait_for(deadline) == std::future_status::ready);
-    log(engine.host.analytics(), 104, 1);
-    engine.answers.count_down();
-    engine.queues.close();
-    const EventTally tally = engine.host.ledger().tally();
+    log(analytics, 104, 1);
+    answers.count_down();
+    queues.close();
+    const EventTally tally = host->ledger().tally();
     CHECK(tally.count(LedgerEntry::Accepted) == 104);
     CHECK(tally.count(LedgerEntry::Abandoned) > 0);
-    CHECK(tally.balance(0, std::uint64_t(engine.things.rows())));
+    CHECK(tally.balance(0, std::uint64_t(things.rows())));
+}
+
+TEST_CASE("at the end what was accepted is stored or counted, and the end is told once")
+{
+    struct Row {
+        const char *what;
+        bool isStarted;
+        std::chrono::milliseconds atMost;
+        std::int64_t rows; ///< with that of the first open
+        std::uint64_t abandoned;
+    };
+    for (const Row &row : {Row{"in time", true, 250ms, 3, 1}, Row{"given up", true, 0ms, 1, 3},
+                           Row{"before the start", false, 250ms, 0, 3}}) {
+        CAPTURE(row.what);
+        EngineInFolder engine;
+        APMAnalytics &analytics = row.isStarted ? engine.start() : engine.launch();
+        log(analytics, 1, 2);
+        int reports = 0;
+        for (int time = 0; time < 2; ++time)
+            analytics.close(engine.time.mainQueue(), row.atMost, [&] {
+                CHECK(engine.time.mainQueue().isCurrent());
+                ++reports;
+            });
+        log(analytics, 3, 1);
+        analytics.sessionIDWithCompletion([](const auto &session) { CHECK_FALSE(session); });
+        engine.time.runUntilIdle();
+        CHECK(reports == 1);
+        engine.time.advance(5s);
+        CHECK(reports == 1);
+        if (!row.isStarted)
+            engine.start();
+        CHECK(engine.rows() == row.rows);
+        CHECK(engine.count(LedgerEntry::Abandoned) == row.abandoned);
+        CHECK(engine.balance() == "balanced");
+        CHECK(std::filesystem::exists(engine.file) == row.isStarted);
+        CHECK((!row.isStarted || OwnerLock::acquire(engine.file))); // nobody owns the database any more
+    }
 }
 
 TEST_CASE("what was accepted before the end is stored, in order")
@@ -181,54 +223,71 @@ TEST_CASE("what was accepted before the end is stored, in order")
     fileFaults::plan(Fault::None);
     CHECK(numbers(engine) == fromTo(1, 5000));
     engine.start();
-    checkBalance(engine);
-    log(engine.host->analytics(), 5001, 1);
+    CHECK(engine.balance() == "balanced");
+    log(engine.analytics(), 5001, 1);
     REQUIRE(engine.end());
     CHECK(numbers(engine) == fromTo(1, 5001));
 }
 
 TEST_CASE("killed at any change to its files, it keeps every event that was committed, once")
 {
-    const auto run = [](long at) {
+    struct Told {
+        std::int64_t lastKept = 0;
+        std::int64_t changes = 0;
+    };
+    const auto live = [](EngineInFolder &engine, const std::function<void(Told)> &tell) {
+        APMAnalytics &analytics = engine.start();
+        std::int64_t last = 0;
+        const auto logAndTell = [&](std::int64_t count) {
+            log(analytics, last + 1, count);
+            analytics.setUserPropertyString(std::to_string(count), "p");
+            engine.time.runUntilIdle();
+            tell({last += count, fileFaults::calls()});
+        };
+        for (const std::int64_t count : {1, 6, 2, 9, 3, 12})
+            logAndTell(count);
+        tell({}); // what was stored may go now
+        analytics.resetAnalyticsData();
+        logAndTell(3);
+        tell({});
+        engine.time.advance(std::chrono::hours(24 * 29));
+        logAndTell(2);
+    };
+    const auto run = [&live](long at) {
         EngineInFolder engine({{"measurement.store.max_stored_events_per_app", std::int64_t{25}}});
+        std::filesystem::create_directories(engine.file.parent_path());
+        REQUIRE((*Database::open(engine.file, OpenMode::Write, 0s))->execute(olderVersion));
         int ends[2]{};
         REQUIRE(pipe(ends) == 0);
         const pid_t child = fork();
         if (child == 0) {
             fileFaults::plan(Fault::KillAtChange, at);
-            APMAnalytics &analytics = engine.start();
-            std::int64_t told[] = {0, 0}; // events, calls
             bool isTold = true;
-            for (const std::int64_t batch : {1, 6, 2, 9, 3, 12}) {
-                log(analytics, told[0] + 1, batch);
-                analytics.setUserPropertyString(std::to_string(batch), "p");
-                engine.time.runUntilIdle();
-                told[0] += batch;
-                told[1] = fileFaults::calls();
-                isTold = isTold && write(ends[1], told, sizeof told) == sizeof told;
-            }
+            live(engine,
+                 [&](Told told) { isTold = isTold && write(ends[1], &told, sizeof told) == sizeof told; });
             _exit(isTold ? 0 : 1);
         }
         close(ends[1]);
-        std::int64_t told[] = {0, 0};
-        while (read(ends[0], told, sizeof told) == sizeof told)
+        Told told;
+        while (read(ends[0], &told, sizeof told) == sizeof told)
             ;
         close(ends[0]);
         int status = 0;
         REQUIRE(waitpid(child, &status, 0) == child);
         CHECK(WIFSIGNALED(status) == (at > 0));
         engine.start();
-        checkBalance(engine);
+        CHECK(engine.balance() == "balanced");
+        CHECK(engine.count(LedgerEntry::Found) == 2); // of the older version
+        CHECK(engine.count(LedgerEntry::Lost) == 0);
         CHECK(engine.status()->integrity == "ok");
         const auto stored = numbers(engine);
         const std::int64_t last = stored.empty() ? 0 : stored.back();
-        CHECK(last >= told[0]);
+        CHECK(last >= told.lastKept);
         CHECK(stored == fromTo(last - std::int64_t(stored.size()) + 1, last));
-        CHECK(std::int64_t(stored.size()) == std::min<std::int64_t>(last, 25));
-        return told[1];
+        return told.changes;
     };
     const long changes = run(0);
-    CHECK(changes > 30);
+    CHECK(changes > 50);
     for (long at = 1; at <= changes; ++at) {
         CAPTURE(at);
         run(at);

@@ -1,10 +1,4 @@
-#include "platform/base/AsioQueues.h"
-#include "platform/linux/SystemClock.h"
 #include "tests/analytics/EngineFixture.h"
-
-#include <future>
-#include <latch>
-#include <thread>
 
 namespace skyflare {
 
@@ -29,7 +23,7 @@ TEST_CASE_FIXTURE(EngineFixture, "what is called before the start is recorded af
     launch();
     FIR::setDefaultEventParameters({{{"d", 1.5}, {"a", true}, {"_d", true}}});
     FIR::logEventWithName("level_up", {{"a", std::int64_t{7}}, {"_bad", true}, {"ga_bad", true}});
-    internal().logEventWithOrigin("app", "old", {}, {.timestamp = 1'699'000'000.5});
+    analytics().logEventWithOrigin("app", "old", {}, {.timestamp = 1'699'000'000.5});
     FIR::setUserPropertyString(text("blue"), "colour");
     FIR::logEventWithName("screen_view");
     FIR::setDefaultEventParameters({});
@@ -39,29 +33,27 @@ TEST_CASE_FIXTURE(EngineFixture, "what is called before the start is recorded af
     CHECK_FALSE(FIR::appInstanceID());
 
     options.appID = "1:2";
-    FIR::startWithConfiguration(options);
-    time.runUntilIdle();
+    start();
     CHECK(takeStored() == Texts{"auto:_f", "auto:_err _err=3 _ev=_d", "level_up a=7 _err=3 _ev=_bad d=1.5",
                                 "old a=1 d=1.5", "_vs a=1 d=1.5", "level_up"});
     const auto events = stored();
     CHECK(events[2].timestamp == 1'700'000'010);
     CHECK(events[3].timestamp == 1'699'000'000.5);
-    CHECK(ask("SELECT min(rowid) || '-' || max(rowid) FROM raw_events GROUP BY metadata_fingerprint "
-              "ORDER BY rowid") == Texts{"1-4", "5-6"});
-    const std::string newest = ask("SELECT metadata FROM raw_events_metadata WHERE metadata_fingerprint = "
-                                   "(SELECT metadata_fingerprint FROM raw_events WHERE rowid = 6)")
-                                   .at(0);
-    const auto last = *MetadataMessage::decode(bytesOf(newest));
-    CHECK(last.app.appId == "1:2");
-    CHECK(last.app.appInstanceId == FIR::appInstanceID());
-    REQUIRE(last.userAttributes.size() == 1);
-    CHECK((last.userAttributes[0] ==
-           APMUserAttribute{"colour", "app", 1'700'000'010, APMValue(std::string("blue"))}));
+    CHECK(status()->userAttributes ==
+          std::vector<APMUserAttribute>{{"colour", "app", 1'700'000'010, APMValue(std::string("blue"))}});
+    const auto under = [&](const std::string &text) {
+        return number("SELECT sum(1 << raw_events.rowid) FROM raw_events JOIN raw_events_metadata "
+                      "USING (metadata_fingerprint) WHERE instr(metadata, CAST('" +
+                      text + "' AS BLOB))");
+    };
+    CHECK(under("1:2") == 0b1111110);
+    CHECK(under(*FIR::appInstanceID()) == 0b1111110);
+    CHECK(under("blue") == 0b1100000); // from where it was set
     CHECK(count(Entry::PartsRefused) == 3);
 
     end();
     start(); // another process: no second "_f"
-    internal().logEventWithOrigin("app", "stale", {}, {.timestamp = 1'600'000'000.0});
+    analytics().logEventWithOrigin("app", "stale", {}, {.timestamp = 1'600'000'000.0});
     log("level_up");
     CHECK(takeStored() == Texts{"stale", "level_up"});
     time.advance(std::chrono::hours(25));
@@ -78,14 +70,14 @@ TEST_CASE_FIXTURE(EngineFixture, "an event that is refused leaves an error event
     log({});
     log(times(41, "a"));
     log("e", {{"p", text(times(501, "a"))}});
-    APMAnalytics &analytics = internal();
-    analytics.logInternalEventWithOrigin("no origin", "_e", {});
-    analytics.logInternalEventWithOrigin("auto", "_e", {});
-    analytics.logEventWithOrigin("+gtm", "e", {});
+    APMAnalytics &engine = analytics();
+    engine.logInternalEventWithOrigin("no origin", "_e", {});
+    engine.logInternalEventWithOrigin("auto", "_e", {});
+    engine.logEventWithOrigin("+gtm", "e", {});
     const PropertyList::Dictionary screen{
         {"_sc", text("")}, {"_si", std::int64_t{5}}, {"_sn", text("Main")}, {"z", 1.0}};
-    analytics.logEventWithOrigin("abc+gtm", "e", screen);
-    analytics.logInternalEventWithOrigin("abc", "e", screen);
+    engine.logEventWithOrigin("abc+gtm", "e", screen);
+    engine.logInternalEventWithOrigin("abc", "e", screen);
     time.runUntilIdle();
     CHECK(takeStored() == Texts{
                               "auto:_err _err=13 _ev=first_open",
@@ -106,25 +98,23 @@ TEST_CASE_FIXTURE(EngineFixture,
                   "collection is off as chosen last, else as set up, and always where deactivated")
 {
     options.collectionEnabled = false;
+    switches.verboseLogging = true;
     start();
     log("e");
     FIR::setUserPropertyString(text("v"), "p");
     FIR::setUserPropertyString(text("v"), "allow_personalized_ads");
     FIR::setDefaultEventParameters({{{"_bad", true}}});
     std::string answer;
-    internal().userPropertiesIncludingInternal(
+    analytics().userPropertiesIncludingInternal(
         IncludingInternal::No, time.makeSerialQueue("asker"),
         [&](const Result<std::vector<APMUserAttribute>> &all) { answer = all.error().message; });
     time.runUntilIdle();
     CHECK(answer == "Cannot query for public user properties when Analytics is disabled");
-    using Line = RecordingMonitor::Line;
-    using Level = APMMonitor::Level;
-    const auto lines = monitor.takeLines();
-    for (const Line &line :
-         {Line{Level::Info, 21013, "Analytics is disabled. User data not set."},
-          Line{Level::Info, 21014, "Personalized Ads property changed while Analytics is disabled"},
-          Line{Level::Warning, 21017, answer}})
-        CHECK(std::ranges::count(lines, line) == 1);
+    for (const std::string line :
+         {"info 21013: Analytics is disabled. User data not set.",
+          "info 21014: Personalized Ads property changed while Analytics is disabled"})
+        CHECK(console.count("<AppMeasurement> " + line) == 1);
+    CHECK(takeProblems().at(0) == answer);
     CHECK_FALSE(std::filesystem::exists(file));
     CHECK(count(Entry::Disabled) == 1);
 
@@ -136,7 +126,7 @@ TEST_CASE_FIXTURE(EngineFixture,
     log("e");
     FIR::setAnalyticsCollectionEnabled(false);
     log("dropped");
-    internal().logEventWithOrigin("app", "kept", {}, {.ignoreEnabled = true});
+    analytics().logEventWithOrigin("app", "kept", {}, {.ignoreEnabled = true});
     time.runUntilIdle();
     CHECK(takeStored() == Texts{"e", "kept"});
     FIR::setAnalyticsCollectionEnabled(true);
@@ -145,7 +135,7 @@ TEST_CASE_FIXTURE(EngineFixture,
     options.collectionDeactivated = true;
     std::filesystem::remove(file);
     start();
-    internal().logEventWithOrigin("app", "e", {}, {.ignoreEnabled = true});
+    analytics().logEventWithOrigin("app", "e", {}, {.ignoreEnabled = true});
     FIR::setAnalyticsCollectionEnabled(true);
     FIR::setUserPropertyString(text("v"), "p");
     FIR::resetAnalyticsData();
@@ -157,16 +147,15 @@ TEST_CASE_FIXTURE(EngineFixture,
     options = {};
     start(); // the reset was left for this one
     log("e");
-    CHECK_FALSE(process->suite.value(suiteKeys::resetRetryCount));
     CHECK(shown(stored().at(0)) == "auto:_f");
 }
 
 TEST_CASE_FIXTURE(EngineFixture,
                   "the day's limits drop events and say so for the first alone; the next day is new")
 {
-    settings = {{"measurement.upload.max_public_events_per_day", 2.0},
-                {"measurement.upload.max_error_events_per_day", 2.0},
-                {"measurement.upload.max_events_per_day", 5.0}};
+    settings = APMRemoteConfig(PropertyList::Dictionary{{"measurement.upload.max_public_events_per_day", 2.0},
+                                                        {"measurement.upload.max_error_events_per_day", 2.0},
+                                                        {"measurement.upload.max_events_per_day", 5.0}});
     start();
     takeProblems();
     for (int i = 0; i < 5; ++i)
@@ -175,7 +164,7 @@ TEST_CASE_FIXTURE(EngineFixture,
     CHECK(takeProblems() == Texts{"Data loss. Too many public events logged. Name, limit: \"e\", 2",
                                   "Too many error events logged. Error code, limit: 16, 2"});
     for (int i = 0; i < 4; ++i)
-        internal().logInternalEventWithOrigin("auto", "_e", {});
+        analytics().logInternalEventWithOrigin("auto", "_e", {});
     log("e");
     CHECK(takeStored() == Texts{"auto:_e", "auto:_e"});
     CHECK(takeProblems() == Texts{"Data loss. Too many events logged. Name, limit: \"_e\", 5"});
@@ -193,8 +182,9 @@ TEST_CASE_FIXTURE(EngineFixture,
 
 TEST_CASE_FIXTURE(EngineFixture, "an event with one name too many is dropped, and takes nothing of the day")
 {
-    settings = {{"measurement.upload.max_event_name_cardinality", 500.0},
-                {"measurement.upload.max_public_events_per_day", 502.0}};
+    settings =
+        APMRemoteConfig(PropertyList::Dictionary{{"measurement.upload.max_event_name_cardinality", 500.0},
+                                                 {"measurement.upload.max_public_events_per_day", 502.0}});
     start();
     for (int i = 0; i < 499; ++i)
         FIR::logEventWithName("e" + std::to_string(i));
@@ -232,9 +222,11 @@ TEST_CASE_FIXTURE(EngineFixture, "a reset wipes and begins anew, at the next sta
         log("e");
         CHECK(takeStored() == Texts{"auto:_f", "e"});
         CHECK(FIR::appInstanceID() != first);
-        CHECK(ask("SELECT name FROM user_attributes").empty());
+        CHECK(status()->userAttributes.empty());
         CHECK(count(Entry::Wiped) == 2);
-        CHECK_FALSE(process->suite.value(suiteKeys::needFirstOpenAfterReset));
+        end();
+        start();
+        CHECK(rows() == 2); // no other "_f"
     }
     SUBCASE("wiped at the next start")
     {
@@ -246,7 +238,6 @@ TEST_CASE_FIXTURE(EngineFixture, "a reset wipes and begins anew, at the next sta
             const Texts problems = takeProblems();
             CHECK(std::ranges::count(problems, "Failed to reset Analytics data") == 1);
         }
-        CHECK(process->suite.value(suiteKeys::resetRetryCount) == 1);
         CHECK(takeStored() == Texts{"auto:_f", "e"});
         const auto second = FIR::appInstanceID();
         CHECK(second != first);
@@ -254,9 +245,11 @@ TEST_CASE_FIXTURE(EngineFixture, "a reset wipes and begins anew, at the next sta
         time.advance(std::chrono::minutes(2));
         start();
         CHECK(FIR::appInstanceID() == second);
-        CHECK_FALSE(process->suite.value(suiteKeys::resetRetryCount));
-        seen = 0;
-        CHECK(takeStored() == Texts{"auto:_f"});
+        CHECK(shown(stored().at(0)) == "auto:_f");
+        log("kept");
+        end();
+        start(); // once is enough
+        CHECK(rows() == 2);
     }
 }
 
@@ -264,30 +257,30 @@ TEST_CASE_FIXTURE(EngineFixture,
                   "the interceptor sees an event before the listeners, and they before it is stored")
 {
     start();
-    APMAnalytics &analytics = internal();
+    APMAnalytics &engine = analytics();
     Texts heard;
     const auto hear = [&](const std::string &who) {
         return [&heard, who](const APMEvent &event) { heard.push_back(who + " " + shown(event)); };
     };
     takeStored();
     takeProblems();
-    analytics.setLogEventInterceptor(hear("interceptor"));
-    const auto first = analytics.addLogEventListener(hear("first"));
-    const auto second = analytics.addLogEventListener([&](const APMEvent &event) {
+    engine.setLogEventInterceptor(hear("interceptor"));
+    const auto first = engine.addLogEventListener(hear("first"));
+    const auto second = engine.addLogEventListener([&](const APMEvent &event) {
         heard.push_back("second " + shown(event) + " " + std::to_string(stored().size()));
     });
     CHECK(first != second);
-    CHECK(analytics.addLogEventListener({}) == 0);
+    CHECK(engine.addLogEventListener({}) == 0);
     log("screen_view", {{"_a", 1.0}});
     log("_refused");
     CHECK(heard == Texts{"interceptor screen_view _err=3 _ev=_a", "first screen_view _err=3 _ev=_a",
                          "second screen_view _err=3 _ev=_a 1"});
     heard.clear();
-    analytics.removeLogEventListener(second);
-    analytics.removeLogEventListener(second);
-    analytics.logEventWithOrigin("app", "past", {}, {.ignoreInterceptor = true});
-    analytics.setLogEventInterceptor({});
-    analytics.notifyEventListeners({"fa", "told", 0, 0, {}});
+    engine.removeLogEventListener(second);
+    engine.removeLogEventListener(second);
+    engine.logEventWithOrigin("app", "past", {}, {.ignoreInterceptor = true});
+    engine.setLogEventInterceptor({});
+    engine.notifyEventListeners({"fa", "told", 0, 0, {}});
     log("e");
     CHECK(heard == Texts{"first past", "first fa:told", "first e"});
     CHECK(takeStored() == Texts{"_vs _err=3 _ev=_a", "auto:_err _err=2 _ev=_refused", "past", "e"});
@@ -299,14 +292,15 @@ TEST_CASE_FIXTURE(EngineFixture,
 TEST_CASE_FIXTURE(EngineFixture,
                   "user properties keep to their rules and their number; the user's word about ads holds")
 {
-    settings = {{"measurement.upload.max_public_user_properties", 25.0}};
+    settings =
+        APMRemoteConfig(PropertyList::Dictionary{{"measurement.upload.max_public_user_properties", 25.0}});
     start();
     takeStored();
     takeProblems();
-    APMAnalytics &analytics = internal();
+    APMAnalytics &engine = analytics();
     const auto properties = [&](IncludingInternal which = IncludingInternal::Yes) {
         Texts texts;
-        analytics.userPropertiesIncludingInternal(which, time.makeSerialQueue("asker"), [&](const auto &all) {
+        engine.userPropertiesIncludingInternal(which, time.makeSerialQueue("asker"), [&](const auto &all) {
             for (const APMUserAttribute &attribute : *all)
                 texts.push_back(shown({attribute.origin, attribute.name, 0, 0, {{"v", attribute.value}}}));
         });
@@ -318,8 +312,8 @@ TEST_CASE_FIXTURE(EngineFixture,
     FIR::setUserPropertyString(text("v"), "user_id");
     FIR::setUserPropertyString(text("v"), {});
     FIR::setUserID(1.5);
-    analytics.setInternalUserProperty(text("v"), "_x", "no origin");
-    analytics.setInternalUserProperty(Bytes{1}, "_x", "auto");
+    engine.setInternalUserProperty(text("v"), "_x", "no origin");
+    engine.setInternalUserProperty(Bytes{1}, "_x", "auto");
     time.runUntilIdle();
     CHECK(takeStored() == Texts{"auto:_err _err=7 _ev=number", "auto:_err _err=7 _ev=long _el=37",
                                 "auto:_err _err=15 _ev=user_id", "auto:_err _err=6 _ev=(nil)",
@@ -334,7 +328,7 @@ TEST_CASE_FIXTURE(EngineFixture,
 
     FIR::setUserPropertyString(text("FALSE"), "allow_personalized_ads");
     FIR::setUserID(text("me"));
-    analytics.setInternalUserProperty(std::int64_t{1'700'000'000}, "ga_session_id", "auto");
+    engine.setInternalUserProperty(std::int64_t{1'700'000'000}, "ga_session_id", "auto");
     CHECK(properties() ==
           Texts{"_id v=me", "auto:_npa v=1", "auto:_sid v=1700000000", "allow_personalized_ads v=FALSE"});
     std::int64_t session = 0;
@@ -353,27 +347,27 @@ TEST_CASE_FIXTURE(EngineFixture,
     CHECK(properties().at(2) == "p0 v=new");
     CHECK(takeStored() == Texts{"auto:_err _err=9 _ev=p25", "auto:_err _err=9 _ev=allow_personalized_ads"});
     std::int64_t most = 0;
-    analytics.maxUserPropertiesForOrigin("app", time.makeSerialQueue("asker"),
-                                         [&](std::int64_t number) { most = number; });
+    engine.maxUserPropertiesForOrigin("app", time.makeSerialQueue("asker"),
+                                      [&](std::int64_t number) { most = number; });
     time.runUntilIdle();
     CHECK(most == 25);
     CHECK(count(Entry::PartsRefused) == 9);
     end();
     start();
     log("e");
-    CHECK(ask("SELECT count(*) || '' FROM user_attributes") == Texts{"27"});
+    CHECK(status()->userAttributes.size() == 27);
 }
 
 TEST_CASE_FIXTURE(EngineFixture, "a session's timeout is kept, and what is not done yet checks its arguments")
 {
     start();
     takeProblems();
-    FIR::setSessionTimeoutInterval(60);
-    time.runUntilIdle();
-    CHECK(process->config.sessionTimeoutInterval() == 60);
-    FIR::setSessionTimeoutInterval(-1);
-    time.runUntilIdle();
-    CHECK(process->config.sessionTimeoutInterval() == 0);
+    for (const double seconds : {60, -1}) {
+        FIR::setSessionTimeoutInterval(seconds);
+        time.runUntilIdle();
+        UserDefaults kept(folder / "config" / measurementConfigFile, console);
+        CHECK(MeasurementConfig(kept).sessionTimeoutInterval() == std::max(seconds, 0.0));
+    }
     FIR::sessionIDWithCompletion({});
     std::string answer;
     FIR::sessionIDWithCompletion([&](const auto &session) { answer = session.error().message; });

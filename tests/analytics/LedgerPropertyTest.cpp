@@ -44,24 +44,17 @@ private:
     }
     PropertyList value(int depth = 0)
     {
-        switch (below(depth > 1 ? 6 : 8)) {
-        case 0:
-            return std::int64_t(random_());
-        case 1:
-            return std::numeric_limits<double>::quiet_NaN();
-        case 2:
-            return std::string(below(600), 'v');
-        case 3:
-            return Bytes(3);
-        case 4:
-            return std::string("\xc3(");
-        case 5:
-            return 0.5;
-        case 6:
-            return PropertyList::Array(below(4), parameters(depth + 1));
-        default:
-            return parameters(depth + 1);
-        }
+        static const std::vector<PropertyList> plain{std::int64_t{7},
+                                                     std::numeric_limits<double>::quiet_NaN(),
+                                                     0.5,
+                                                     Bytes(3),
+                                                     std::string("\xc3("),
+                                                     std::string("v"),
+                                                     std::string(600, 'v')};
+        if (depth > 1 || !isOne(4))
+            return oneOf(plain);
+        const auto inner = parameters(depth + 1);
+        return isOne(2) ? PropertyList(inner) : PropertyList(PropertyList::Array(below(4), inner));
     }
     PropertyList::Dictionary parameters(int depth = 0)
     {
@@ -160,7 +153,7 @@ private:
         while (!random_.isOne(3))
             random_.callOnce(analytics);
         CHECK(engine_.tally().balance(random_.logged, 0));
-        engine_.host->start();
+        engine_.start();
     }
     void beginAgain();
     void beKilled();
@@ -191,7 +184,7 @@ void Life::recover()
     engine_.time.runUntilIdle();
     engine_.time.advance(std::chrono::seconds(61));
     ++random_.logged;
-    logProbe(engine_.host->analytics());
+    logProbe(engine_.analytics());
     isSound_ = true;
     check();
     const auto onDisk = engine_.status();
@@ -291,14 +284,14 @@ void Life::step()
     else if (kind == 2)
         startFault();
     else if (kind == 3)
-        engine_.host->analytics().resetAnalyticsData();
+        engine_.analytics().resetAnalyticsData();
     else if (kind == 4)
         engine_.time.advance(std::chrono::hours(random_.below(24 * 20)));
     else if (kind < 8)
         recover();
     else
         for (std::size_t calls = random_.below(12); calls > 0; --calls)
-            random_.callOnce(engine_.host->analytics());
+            random_.callOnce(engine_.analytics());
     check();
 }
 
@@ -319,35 +312,37 @@ TEST_CASE("whatever is called and whatever fails, the ledger balances")
 
 TEST_CASE("called on many threads and closed while they call, it knows of every event")
 {
-    EngineInFolder engine;
-    AsioQueues queues;
-    const auto main = queues.makeSerialQueue("main");
-    AnalyticsHost host({queues, engine.time, engine.console, engine.random, {}, {}},
-                       {engine.folder / "config", engine.folder / "state", {}}, {}, {});
-    host.start();
-    std::vector<RandomCaller> callers{RandomCaller(1), RandomCaller(2), RandomCaller(3)};
-    std::vector<std::thread> threads;
-    for (RandomCaller &caller : callers)
-        threads.emplace_back([&caller, &host] {
-            for (int call = 0; call < 1000; ++call)
-                caller.callOnce(host.analytics());
-        });
-    while (host.ledger().tally().count(LedgerEntry::Stored) < 100)
-        std::this_thread::yield();
-    std::promise<void> closed;
-    host.analytics().close(*main, std::chrono::minutes(1), [&closed] { closed.set_value(); });
-    std::uint64_t logged = 0;
-    for (std::size_t index = 0; index < threads.size(); ++index) {
-        threads[index].join();
-        logged += callers[index].logged;
-    }
-    closed.get_future().wait();
-    const EventTally tally = host.ledger().tally();
-    CHECK(tally.count(LedgerEntry::Accepted) == logged);
-    CHECK(tally.balance(0, std::uint64_t(engine.rows())));
+    for (const auto atMost : {std::chrono::seconds(60), std::chrono::seconds(0)}) {
+        EngineInFolder engine;
+        AsioQueues queues;
+        const auto main = queues.makeSerialQueue("main");
+        auto host = engine.makeHost(queues);
+        std::vector<RandomCaller> callers{RandomCaller(1), RandomCaller(2), RandomCaller(3)};
+        std::vector<std::thread> threads;
+        for (RandomCaller &caller : callers)
+            threads.emplace_back([&caller, &host] {
+                for (int call = 0; call < 1000; ++call)
+                    caller.callOnce(host->analytics());
+            });
+        host->start();
+        while (host->ledger().tally().count(LedgerEntry::Stored) < 100)
+            std::this_thread::yield();
+        std::promise<void> closed;
+        host->analytics().close(*main, atMost, [&closed] { closed.set_value(); });
+        for (std::thread &thread : threads)
+            thread.join();
+        closed.get_future().wait();
+        queues.close();
+        const std::uint64_t logged = callers[0].logged + callers[1].logged + callers[2].logged;
+        const EventTally tally = host->ledger().tally();
+        CHECK(tally.count(LedgerEntry::Accepted) == logged);
+        const auto balanced = tally.balance(0, std::uint64_t(engine.rows()));
+        CHECK_MESSAGE(balanced, balanced.error().message);
 
-    logProbe(engine.start()); // as the next process finds it
-    engine.time.runUntilIdle();
-    const auto found = engine.tally().balance(0, std::uint64_t(engine.rows()));
-    CHECK_MESSAGE(found, found.error().message);
+        host.reset();
+        logProbe(engine.start()); // as the next process finds it
+        engine.time.runUntilIdle();
+        CHECK(engine.balance() == "balanced");
+        CHECK(engine.count(LedgerEntry::Found) + engine.count(LedgerEntry::Lost) == 0);
+    }
 }

@@ -21,12 +21,9 @@ TEST_CASE("a setting that is out of its bounds, or no number, is the default")
         {"measurement.upload.interval", 86400.5, APMSetting::UploadInterval, 3600},
         {"measurement.upload.interval", nan, APMSetting::UploadInterval, 3600},
         {"measurement.upload.interval", std::string("60"), APMSetting::UploadInterval, 3600},
-        {"measurement.upload.interval", true, APMSetting::UploadInterval, 3600},
         {"measurement.upload.max_batch_size", std::int64_t{0}, APMSetting::MaxBatchSize, 0},
         {"measurement.account.time_zone_offset_minutes", std::int64_t{-900},
          APMSetting::TimeZoneOffsetMinutes, -900},
-        {"measurement.session.event_user_engagement_interval", 0.5, APMSetting::EventUserEngagementInterval,
-         0.5},
     };
     for (const Row &row : rows) {
         CAPTURE(row.key);

@@ -11,7 +11,8 @@ namespace skyflare {
 
 TEST_CASE("an event over a daily limit is dropped, counted, and reported every thousandth time")
 {
-    using Verdict = LimitDecision::Verdict;
+    using enum EventKind;
+    using enum LimitDecision::Verdict;
     const DailyLimits limits{.events = 20, .publicEvents = 10, .errorEvents = 5};
     struct Counts {
         std::int64_t all, open, error;
@@ -25,44 +26,18 @@ TEST_CASE("an event over a daily limit is dropped, counted, and reported every t
         Counts after;
     };
     const Row rows[] = {
-        {"the last public one", EventKind::Public, {19, 9, 9}, {}, {20, 10, 9}},
-        {"the first public one too many",
-         EventKind::Public,
-         {12, 10, 0},
-         {Verdict::TooManyPublicEvents, 10, true},
-         {12, 11, 0}},
-        {"the second",
-         EventKind::Public,
-         {12, 11, 0},
-         {Verdict::TooManyPublicEvents, 10, false},
-         {12, 12, 0}},
-        {"a thousand later",
-         EventKind::Public,
-         {12, 1010, 0},
-         {Verdict::TooManyPublicEvents, 10, true},
-         {12, 1011, 0}},
-        {"public ones do not bind others", EventKind::Internal, {12, 99, 0}, {}, {13, 99, 0}},
-        {"both limits reached: all events decide, and nothing is taken back",
-         EventKind::Public,
+        {"the last public one", Public, {19, 9, 9}, {}, {20, 10, 9}},
+        {"one too many", Public, {12, 10, 0}, {TooManyPublicEvents, 10, true}, {12, 11, 0}},
+        {"the second", Public, {12, 11, 0}, {TooManyPublicEvents, 10, false}, {12, 12, 0}},
+        {"a thousand later", Public, {12, 1010, 0}, {TooManyPublicEvents, 10, true}, {12, 1011, 0}},
+        {"public ones do not bind others", Internal, {12, 99, 0}, {}, {13, 99, 0}},
+        {"both limits: all decides, nothing is taken back",
+         Public,
          {20, 10, 0},
-         {Verdict::TooManyEvents, 20, true},
+         {TooManyEvents, 20, true},
          {21, 11, 0}},
-        {"an internal one too many",
-         EventKind::Internal,
-         {1019, 0, 0},
-         {Verdict::TooManyEvents, 20, false},
-         {1020, 0, 0}},
-        {"the last error", EventKind::Error, {7, 0, 4}, {}, {7, 0, 5}},
-        {"the first error too many",
-         EventKind::Error,
-         {7, 0, 5},
-         {Verdict::TooManyErrorEvents, 5, true},
-         {7, 0, 6}},
-        {"an error over the limit of all",
-         EventKind::Error,
-         {20, 0, 0},
-         {Verdict::TooManyEvents, 20, true},
-         {20, 0, 1}},
+        {"the first error too many", Error, {7, 0, 5}, {TooManyErrorEvents, 5, true}, {7, 0, 6}},
+        {"an error over the limit of all", Error, {20, 0, 0}, {TooManyEvents, 20, true}, {20, 0, 1}},
     };
     for (const Row &row : rows) {
         CAPTURE(row.name);
@@ -75,7 +50,7 @@ TEST_CASE("an event over a daily limit is dropped, counted, and reported every t
     }
     const std::int64_t most = std::numeric_limits<std::int64_t>::max();
     APMDailyCounts damaged{.eventsCount = most, .publicEventsCount = most};
-    CHECK(shouldProcessEvent(damaged, limits, EventKind::Public).verdict == Verdict::TooManyEvents);
+    CHECK(shouldProcessEvent(damaged, limits, Public).verdict == TooManyEvents);
 }
 
 TEST_CASE("a day begins at the midnight that was kept first, and starts every count anew")

@@ -1,13 +1,7 @@
 #include "logging/LogManager.h"
 
-#include "analytics/AnalyticsHost.h"
-#include "analytics/MeasurementReader.h"
 #include "logging/Timestamp.h"
-#include "platform/linux/SystemRandom.h"
-#include "tests/fakes/RecordingConsole.h"
-#include "tests/fakes/RecordingMonitor.h"
-#include "tests/fakes/TemporaryFolder.h"
-#include "tests/fakes/VirtualTime.h"
+#include "tests/fakes/EngineInFolder.h"
 
 #include <doctest/doctest.h>
 #include <unicode/locid.h>
@@ -70,40 +64,26 @@ TEST_CASE(
     "an event reaches the engine with its parameters, also one that was logged before the engine started")
 {
     travelTo("Asia/Kolkata");
-    const TemporaryFolder folder;
-    VirtualTime time;
-    RecordingConsole console;
-    SystemRandom random;
-    LogManager log(time, console);
+    EngineInFolder engine;
+    LogManager log(engine.time, engine.console);
     log.logEvent(LogEvent::PhotoSaved); // nobody is there yet
-    {
-        AnalyticsHost engine(
-            {.queues = time, .clock = time, .console = console, .random = random, .excludeFromBackup = {}},
-            {.config = folder / "config", .state = folder / "state", .options = {}}, {}, {});
-        log.logEvent(LogEvent::StartCapture);
-        engine.start();
-        log.logEvent(LogEvent::CatchPhoto, {{"difference", 0.42F}, {"totalPhotos", std::int64_t{7}}});
-        log.logEvent(LogEvent::ButtonTapped, {{"timestamp", "mine"}, {"buttonName", "infoButton"}});
-        bool closed = false;
-        engine.close(time.mainQueue(), [&closed] { closed = true; });
-        time.runUntilIdle();
-        CHECK(closed);
-    }
+    engine.launch();
+    log.logEvent(LogEvent::StartCapture);
+    engine.start();
+    log.logEvent(LogEvent::CatchPhoto, {{"difference", 0.42F}, {"totalPhotos", std::int64_t{7}}});
+    log.logEvent(LogEvent::ButtonTapped, {{"timestamp", "mine"}, {"buttonName", "infoButton"}});
+    CHECK(engine.end());
     log.logEvent(LogEvent::StopCapture); // and nobody any more
-    CHECK(console.reports().empty());
-    CHECK(console.lines().size() == 5);
+    CHECK(engine.console.reports().empty());
+    CHECK(engine.console.lines().size() == 5);
 
-    RecordingMonitor monitor;
-    const auto reader = MeasurementReader::open(folder / "state/mipeme-app-measurement.sql", monitor);
-    REQUIRE(reader);
     std::vector<std::string> names;
     std::vector<APMParameters> parameters;
-    REQUIRE((*reader)->forEachWaitingEvent([&](const RawEvent &each) {
-        if (each.event.origin == "app") {
-            names.push_back(each.event.name);
-            parameters.push_back(each.event.parameters);
+    for (const APMEvent &event : engine.stored())
+        if (event.origin == "app") {
+            names.push_back(event.name);
+            parameters.push_back(event.parameters);
         }
-    }));
     CHECK(names == std::vector<std::string>{"start_capture", "catch_photo", "button_tapped"});
     const APMParameter now{"timestamp", APMValue("2023-11-15 03:43:20 GMT+05:30")};
     CHECK(parameters == std::vector<APMParameters>{{now},

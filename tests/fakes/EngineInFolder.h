@@ -9,20 +9,12 @@
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/fakes/VirtualTime.h"
 
-#include <unistd.h>
-
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <string>
 
 namespace skyflare {
-
-/// Where nothing has to wait for a disk, if there is such a place.
-inline std::filesystem::path memoryFolder()
-{
-    const std::filesystem::path memory = "/dev/shm";
-    return access(memory.c_str(), W_OK | X_OK) == 0 ? memory : std::filesystem::temp_directory_path();
-}
 
 /// Goes on by 20 ms whenever it is asked, so that a transaction ends before all that waits is in it.
 class HastyClock final : public Clock {
@@ -31,18 +23,31 @@ public:
     [[nodiscard]] double secondsSince1970() const override { return time_.secondsSince1970(); }
     [[nodiscard]] double secondsOfUptime() const override
     {
-        return time_.secondsOfUptime() + (passed_ += 0.02);
+        return time_.secondsOfUptime() + 0.02 * ++asked_;
     }
 
 private:
     const VirtualTime &time_;
-    mutable double passed_ = 0;
+    mutable std::atomic<int> asked_ = 0;
+};
+
+class BreakableRandom final : public RandomSource {
+public:
+    bool isBroken = false;
+
+    Result<> fill(std::span<std::uint8_t> bytes) override
+    {
+        return isBroken ? Error{"random", 5, "no entropy"} : random_.fill(bytes);
+    }
+
+private:
+    SystemRandom random_;
 };
 
 /// The whole measurement engine, as programs have it, in a folder of its own and in virtual time; it may end
 /// and be started anew, as in another process.
 ///
-/// Threads: one.
+/// Threads: one; but for a host on other queues.
 class EngineInFolder {
 public:
     explicit EngineInFolder(PropertyList::Dictionary values = {}) : settings(values) {}
@@ -52,26 +57,35 @@ public:
     VirtualTime time;
     HastyClock clock{time};
     RecordingConsole console;
-    SystemRandom random;
+    BreakableRandom random;
     APMRemoteConfig settings;
+    LaunchSwitches switches;
+    APMAnalyticsOptions options;
     std::filesystem::path file = folder / "state" / measurementDatabaseName;
     std::unique_ptr<AnalyticsHost> host;
 
+    std::unique_ptr<AnalyticsHost> makeHost(QueueFactory &queues,
+                                            APMDatabase::ExcludeFromBackup excludeFromBackup = {})
+    {
+        return std::make_unique<AnalyticsHost>(
+            AnalyticsHost::Services{
+                queues, clock, console, random, std::move(excludeFromBackup), {}, settings},
+            AnalyticsHost::Places{folder / "config", folder / "state", {}}, switches, APMAppData{});
+    }
+    [[nodiscard]] APMAnalytics &analytics() const { return host->analytics(); }
     /// Ready to be called; what is called waits for start().
     APMAnalytics &launch()
     {
-        host = std::make_unique<AnalyticsHost>(
-            AnalyticsHost::Services{time, clock, console, random, {}, {}, settings},
-            AnalyticsHost::Places{folder / "config", folder / "state", {folder.path()}}, LaunchSwitches{},
-            APMAppData{});
-        return host->analytics();
+        host = makeHost(time);
+        return analytics();
     }
     APMAnalytics &start()
     {
-        launch();
-        host->start();
+        if (!host)
+            launch();
+        analytics().startWithConfiguration(options);
         time.runUntilIdle();
-        return host->analytics();
+        return analytics();
     }
     /// As a program's end. @return whether it was reported before 250 ms had passed
     bool end()
@@ -84,12 +98,20 @@ public:
         const bool wasInTime = isClosed;
         time.advance(std::chrono::milliseconds(250));
         host.reset();
-        return wasInTime && isClosed;
+        return wasInTime;
     }
 
     [[nodiscard]] EventTally tally() const { return host->ledger().tally(); }
+    [[nodiscard]] std::uint64_t count(LedgerEntry entry) const { return tally().count(entry); }
+    /// The ledger against the rows that are there: "balanced", or what is not.
+    [[nodiscard]] std::string balance() const
+    {
+        const auto balanced = tally().balance(0, std::uint64_t(rows()));
+        return balanced ? "balanced" : balanced.error().message;
+    }
 
-    /// As another program sees it; nothing where there is no database that it can read.
+    // As another program sees it; nothing where there is no database that it can read.
+
     [[nodiscard]] std::optional<std::int64_t> number(const std::string &sql) const
     {
         const auto database = Database::open(file, OpenMode::Query, std::chrono::seconds(1));
@@ -97,13 +119,21 @@ public:
         return answer ? std::optional(*answer) : std::nullopt;
     }
     [[nodiscard]] std::int64_t rows() const { return number("SELECT count(*) FROM raw_events").value_or(0); }
-    /// Nothing where there is no database that it can read.
-    [[nodiscard]] std::optional<MeasurementStatus> status()
+    [[nodiscard]] std::optional<MeasurementStatus> status() const
     {
         RecordingMonitor monitor;
         const auto reader = MeasurementReader::open(file, monitor);
         const auto status = reader ? (*reader)->status() : Result<MeasurementStatus>(reader.error());
         return status ? std::optional(*status) : std::nullopt;
+    }
+    /// Those that wait, oldest first.
+    [[nodiscard]] std::vector<APMEvent> stored() const
+    {
+        std::vector<APMEvent> events;
+        RecordingMonitor monitor;
+        if (const auto reader = MeasurementReader::open(file, monitor))
+            (void)(*reader)->forEachWaitingEvent([&](const RawEvent &raw) { events.push_back(raw.event); });
+        return events;
     }
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <system_error>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -36,5 +37,12 @@ public:
 private:
     std::filesystem::path path_;
 };
+
+/// Where nothing has to wait for a disk, if there is such a place.
+inline std::filesystem::path memoryFolder()
+{
+    const std::filesystem::path memory = "/dev/shm";
+    return access(memory.c_str(), W_OK | X_OK) == 0 ? memory : std::filesystem::temp_directory_path();
+}
 
 } // namespace skyflare

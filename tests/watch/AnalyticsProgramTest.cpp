@@ -106,14 +106,10 @@ TEST_CASE_FIXTURE(RecordingFixture, "a run records what it did, and shows it whe
     const auto [events, state] = recorded();
     CHECK(namesOf(events) == std::vector<std::string>{"start_capture", "catch_photo", "photo_auto_saved",
                                                       "catch_photo", "photo_auto_saved", "stop_capture"});
-    for (const json &event : events)
-        CHECK(event.at("parameters").at("timestamp").get<std::string>().size() > 20);
-    CHECK(events.at(0).at("parameters").size() == 1);
     const json &caught = events.at(3).at("parameters");
     CHECK(caught.at("totalPhotos") == 4); // those of the run that was not measured are in the store too
     CHECK(caught.at("difference").get<double>() == doctest::Approx(photos[1].at("difference").get<double>()));
     CHECK(state.at("debug_mode") == true);
-    CHECK(state.at("collection").at("on") == true);
     CHECK(state.at("app_instance_id").get<std::string>().size() == 32);
     CHECK(state.at("database").at("today").at("public_events") == 6);
 
@@ -141,10 +137,9 @@ TEST_CASE_FIXTURE(RecordingFixture, "collection that a deployer has deactivated 
     CHECK_FALSE(exists(measured));
     const auto status =
         output({arguments[0], "--data-dir", (folder / "data").string(), "--analytics-status"});
-    CHECK(std::ranges::any_of(status, [](const std::string &line) {
-        return line == "Collection:      off, because FIREBASE_ANALYTICS_COLLECTION_DEACTIVATED is set in "
-                       "Info.plist";
-    }));
+    CHECK(std::ranges::count(status,
+                             "Collection:      off, because FIREBASE_ANALYTICS_COLLECTION_DEACTIVATED "
+                             "is set in Info.plist") == 1);
 }
 
 TEST_CASE_FIXTURE(RecordingFixture,
@@ -189,29 +184,23 @@ TEST_CASE_FIXTURE(RecordingFixture, "whatever is wrong with the record, the run 
 {
     struct Row {
         const char *name;
-        std::function<void()> spoil;
+        std::function<bool(const std::filesystem::path &folder)> spoil;
         int statusBefore;
         int statusAfter;
     };
-    const Bytes garbage(5000, 'x');
+    const auto put = [](const std::filesystem::path &file) {
+        return replaceFile(file, Bytes(5000, 'x')).has_value();
+    };
     const Row rows[] = {
-        {"a file in the folder's place", [&] { REQUIRE(replaceFile(folder / "data/state", garbage)); }, 0, 0},
+        {"a file in the folder's place", put, 0, 0},
         {"a folder in the file's place",
-         [&] {
-             std::filesystem::remove_all(folder / "data/state");
-             std::filesystem::create_directories(measured);
-         },
-         1, 1},
-        {"no database",
-         [&] {
-             std::filesystem::remove_all(folder / "data/state");
-             REQUIRE(replaceFile(measured, garbage));
-         },
-         1, 0},
+         [&](const auto &state) { return create_directories(state / measured.filename()); }, 1, 1},
+        {"no database", [&](const auto &state) { return put(state / measured.filename()); }, 1, 0},
     };
     for (const Row &row : rows) {
         CAPTURE(row.name);
-        row.spoil();
+        std::filesystem::remove_all(measured.parent_path());
+        REQUIRE(row.spoil(measured.parent_path()));
         CHECK(runProgram(command({"--analytics-status"})) == row.statusBefore);
         ChildProcess process(watchShow());
         CHECK(objectsOfType(process.readAll(), "photo").size() == 2);
