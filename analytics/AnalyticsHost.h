@@ -49,11 +49,11 @@ public:
 private:
     static constexpr std::chrono::milliseconds longestClosing{250};
 
+    EventLedger ledger_;
     const std::vector<std::filesystem::path> options_;
     UserDefaults suiteDefaults_;
     UserDefaults configDefaults_;
     APMConsoleMonitor monitor_;
-    EventLedger ledger_;
     APMPersistedSuite suite_;
     MeasurementConfig config_;
     APMAnalytics analytics_;
