@@ -24,3 +24,27 @@ function(skyflare_test name)
     # Long enough for a sanitizer on a machine that does other things too: it is for what hangs.
     set_tests_properties(${name} PROPERTIES TIMEOUT 900 LABELS "${arg_LABELS}")
 endfunction()
+
+# skyflare_qml_module(TARGET URI QML_FILES … [RESOURCES …] [IMPORTS …])
+#
+# The QML side of a subsystem: its files and its classes with QML_ELEMENT, as the module URI under qrc:/.
+# IMPORTS names the modules of ours whose classes its classes speak of.
+# A program that shows it links TARGETplugin beside TARGET.
+function(skyflare_qml_module target uri)
+    cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "QML_FILES;RESOURCES;IMPORTS")
+    string(REPLACE "." "/" path ${uri})
+    # Where qmllint looks for a module of this name.
+    set(output ${PROJECT_BINARY_DIR}/qml/${path})
+    qt_add_qml_module(${target}
+        URI ${uri} VERSION 1.0 DEPENDENCIES QtQuick ${arg_IMPORTS}
+        RESOURCE_PREFIX / OUTPUT_DIRECTORY ${output} IMPORT_PATH ${PROJECT_BINARY_DIR}/qml
+        QML_FILES ${arg_QML_FILES} RESOURCES ${arg_RESOURCES})
+    # Qt's registration names our headers without their folder.
+    target_include_directories(${target} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+    # What Qt generates is not held to our warnings, nor to our checks.
+    get_target_property(sources ${target} SOURCES)
+    list(FILTER sources INCLUDE REGEX "^${CMAKE_CURRENT_BINARY_DIR}/")
+    set_source_files_properties(${sources} ${CMAKE_CURRENT_BINARY_DIR}/${target}_autogen/mocs_compilation.cpp
+        PROPERTIES COMPILE_OPTIONS -w)
+    file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/.clang-tidy "Checks: '-*,modernize-use-nullptr'\n")
+endfunction()

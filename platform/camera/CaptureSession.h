@@ -2,6 +2,7 @@
 
 #include "platform/camera/CaptureDevice.h"
 #include "platform/camera/CaptureOutput.h"
+#include "platform/camera/FramePreview.h"
 
 #include <cstdint>
 #include <functional>
@@ -76,6 +77,18 @@ public:
     /// Who hears of events, on a thread of the session's choosing. Set before startRunning().
     virtual void setEventHandler(EventHandler handler) = 0;
     [[nodiscard]] virtual FrameStatistics frameStatistics() const = 0;
+
+    /// Who shows the live frames from now on, instead of whoever did; empty: nobody. Not kept alive. At any
+    /// time: frames of a session that has a video output go to it before they are measured.
+    void setPreview(std::weak_ptr<FramePreview> preview) { previewSlot_->set(std::move(preview)); }
+    [[nodiscard]] std::shared_ptr<FramePreview> preview() const { return previewSlot_->get(); }
+
+protected:
+    /// For a run, which may outlive its session.
+    [[nodiscard]] const std::shared_ptr<PreviewSlot> &previewSlot() const { return previewSlot_; }
+
+private:
+    const std::shared_ptr<PreviewSlot> previewSlot_ = std::make_shared<PreviewSlot>();
 };
 
 /// The cameras of this machine, and sessions over them.

@@ -2,13 +2,8 @@
 
 namespace skyflare {
 
-FrameDelivery::FrameDelivery(Mode mode, std::shared_ptr<VideoDataOutput> output,
-                             std::shared_ptr<StillRequests> stills, FrameGate *gate)
-    : mode_(mode),
-      output_(std::move(output)),
-      queue_(output_ ? output_->sampleBufferCallbackQueue() : nullptr),
-      stills_(std::move(stills)),
-      gate_(gate)
+FrameDelivery::FrameDelivery(Parts parts)
+    : parts_(std::move(parts)), queue_(parts_.output ? parts_.output->sampleBufferCallbackQueue() : nullptr)
 {
 }
 
@@ -17,13 +12,13 @@ bool FrameDelivery::arrived(const VideoFrame &frame)
     ++arrivals_;
     if (isClosed_)
         return false;
-    if (mode_ == Mode::InStep) {
+    if (parts_.mode == Mode::InStep) {
         isBusy_ = true;
         const bool goesOn = deliverInStep(frame);
         isBusy_ = false;
         return goesOn;
     }
-    stills_->offer(frame);
+    parts_.stills->offer(frame);
     if (queue_)
         leaveForQueue(frame);
     return true;
@@ -38,14 +33,14 @@ void FrameDelivery::close()
 
 bool FrameDelivery::deliverInStep(const VideoFrame &frame)
 {
-    if (gate_)
-        gate_->willDeliver(frame.streamTime);
+    if (parts_.gate)
+        parts_.gate->willDeliver(frame.streamTime);
     // Until the gate is through: what the frame has set going may ask for a still of it.
-    stills_->hold(frame);
+    parts_.stills->hold(frame);
     const bool wasTaken = !queue_ || queue_->sync([&] { callDelegate(frame); });
-    if (wasTaken && gate_)
-        gate_->didDeliver();
-    stills_->letGo();
+    if (wasTaken && parts_.gate)
+        parts_.gate->didDeliver();
+    parts_.stills->letGo();
     return wasTaken;
 }
 
@@ -78,10 +73,12 @@ void FrameDelivery::deliverNewest()
 
 void FrameDelivery::callDelegate(const VideoFrame &frame)
 {
-    const auto delegate = output_->sampleBufferDelegate();
+    const auto delegate = parts_.output->sampleBufferDelegate();
     if (isClosed_ || !delegate)
         return;
     ++delivered_;
+    if (const auto preview = parts_.preview->get(); preview && frame.hasImageBuffer())
+        preview->show(frame);
     delegate->didOutputSampleBuffer(frame);
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/camera/CameraSource.h"
 #include "platform/camera/CaptureSession.h"
+#include "platform/camera/FramePreview.h"
 #include "platform/camera/StillRequests.h"
 
 #include <atomic>
@@ -21,10 +22,15 @@ class FrameDelivery : public std::enable_shared_from_this<FrameDelivery> {
 public:
     enum class Mode { Newest, InStep };
 
-    /// @param output  may be empty: then the frames are for stills alone.
-    /// @param gate  may be null; borrowed, and called for no frame that begins after close().
-    FrameDelivery(Mode mode, std::shared_ptr<VideoDataOutput> output, std::shared_ptr<StillRequests> stills,
-                  FrameGate *gate);
+    struct Parts {
+        Mode mode{};
+        std::shared_ptr<VideoDataOutput> output; ///< may be empty: then the frames are for stills alone
+        std::shared_ptr<StillRequests> stills;
+        std::shared_ptr<PreviewSlot> preview; ///< whoever is in it gets a frame just before the delegate
+        FrameGate *gate = nullptr; ///< may be null; borrowed, called for no frame that begins after close()
+    };
+
+    explicit FrameDelivery(Parts parts);
 
     /// @return false once nobody takes frames any more.
     bool arrived(const VideoFrame &frame);
@@ -44,11 +50,8 @@ private:
     void deliverNewest();
     void callDelegate(const VideoFrame &frame);
 
-    const Mode mode_;
-    const std::shared_ptr<VideoDataOutput> output_;
+    const Parts parts_;
     const std::shared_ptr<SerialQueue> queue_;
-    const std::shared_ptr<StillRequests> stills_;
-    FrameGate *const gate_;
     std::atomic<bool> isClosed_ = false;
     std::atomic<bool> isBusy_ = false;
     std::atomic<std::int64_t> arrivals_ = 0;

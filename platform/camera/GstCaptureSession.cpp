@@ -117,9 +117,13 @@ std::shared_ptr<CaptureRun> GstCaptureSession::makeRun() const
     const auto video = firstOutput<VideoDataOutput>();
     const bool isLockStep = source_->pacing() == Pacing::LockStep;
     const bool isInStep = isLockStep || (video && !video->alwaysDiscardsLateVideoFrames());
-    const auto delivery =
-        std::make_shared<FrameDelivery>(isInStep ? FrameDelivery::Mode::InStep : FrameDelivery::Mode::Newest,
-                                        video, stills, isLockStep ? services_.gate : nullptr);
+    const auto delivery = std::make_shared<FrameDelivery>(FrameDelivery::Parts{
+        .mode = isInStep ? FrameDelivery::Mode::InStep : FrameDelivery::Mode::Newest,
+        .output = video,
+        .stills = stills,
+        .preview = previewSlot(),
+        .gate = isLockStep ? services_.gate : nullptr,
+    });
     return std::make_shared<CaptureRun>(CaptureRun::Parts{
         source_, delivery, stills, video && !isInStep ? video->sampleBufferCallbackQueue() : nullptr,
         services_.controlQueue, services_.graphs, eventHandler_});

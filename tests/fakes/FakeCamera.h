@@ -114,7 +114,9 @@ struct FakeSession final : CaptureSession {
     /// Hands the frame to the delegate's queue, as a streaming thread does, and goes on.
     void show(VideoFrame frame) const
     {
-        videoOutput->sampleBufferCallbackQueue()->async([output = videoOutput, frame = std::move(frame)] {
+        videoOutput->sampleBufferCallbackQueue()->async([output = videoOutput, shown = preview(), frame = std::move(frame)] {
+            if (shown)
+                shown->show(frame);
             if (const auto delegate = output->sampleBufferDelegate())
                 delegate->didOutputSampleBuffer(frame);
         });
