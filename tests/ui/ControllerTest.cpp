@@ -1,0 +1,152 @@
+#include "tests/fakes/AbortsInChild.h"
+#include "tests/ui/Sampler.h"
+#include "ui/MainNavigationController.h"
+#include "ui/ScreenStack.h"
+#include "ui/SharedObject.h"
+
+#include <doctest/doctest.h>
+
+using namespace skyflare;
+
+namespace {
+
+/// A root with the sampler on it, and what a window would be told to show. No window.
+struct Screens {
+    std::shared_ptr<Sampler> sampler =
+        Sampler::storyboard().instantiateViewController<Sampler>("SamplerView");
+    std::shared_ptr<MainNavigationController> root =
+        makeShared<MainNavigationController>([this] { return sampler; });
+    ScreenStack stack;
+
+    Screens() { stack.setRootViewController(root); }
+
+    /// The rows as letters: E(ntered) or L(eaving), and what is top or covered.
+    [[nodiscard]] std::string rows() const
+    {
+        std::string text;
+        for (int row = 0; row < stack.rowCount(); ++row) {
+            const auto is = [&](ScreenStack::Role role) {
+                return stack.data(stack.index(row), role).toBool();
+            };
+            text += is(ScreenStack::IsLeavingRole) ? "leaving" : "here";
+            text += is(ScreenStack::IsTopRole) ? " top" : "";
+            text += is(ScreenStack::IsCoveredRole) ? " covered" : "";
+            text += "; ";
+        }
+        return text;
+    }
+};
+
+} // namespace
+
+TEST_CASE("the root pushes its first screen, full screen and animated, and its view loads once")
+{
+    Screens screens;
+    CHECK(screens.root->topViewController() == screens.sampler);
+    CHECK(screens.sampler->navigationController() == screens.root);
+    CHECK(screens.sampler->modalPresentationStyle() == ModalPresentationStyle::FullScreen);
+    CHECK(screens.sampler->isTransitionAnimated());
+    screens.stack.setRootViewController(screens.root);
+    CHECK(screens.sampler->viewDidLoads == 1);
+    CHECK(screens.rows() == "here top; ");
+}
+
+TEST_CASE("a presented screen covers the one below, and goes when it is dismissed")
+{
+    Screens screens;
+    auto presented = makeShared<PlainScreen>();
+    screens.sampler->present(presented, Animated::Yes);
+    CHECK(presented->presentingViewController() == screens.sampler);
+    CHECK(screens.rows() == "here; here top; ");
+    presented->viewDidAppear();
+    CHECK(screens.rows() == "here covered; here top; ");
+
+    SUBCASE("a second one at the same time is ignored")
+    {
+        screens.sampler->present(makeShared<PlainScreen>(), Animated::Yes);
+        CHECK(screens.sampler->presentedViewController() == presented);
+    }
+    SUBCASE("it dismisses itself, is seen until it is out, and can be presented again meanwhile")
+    {
+        presented->dismiss(Animated::Yes);
+        CHECK(screens.sampler->presentedViewController() == nullptr);
+        CHECK(screens.rows() == "here top; leaving; ");
+        screens.sampler->present(presented, Animated::Yes);
+        CHECK(screens.rows() == "here; here top; ");
+        presented->viewDidDisappear(); // late news of the way out
+        CHECK(screens.rows() == "here; here top; ");
+    }
+    SUBCASE("what it presents itself goes with it")
+    {
+        presented->present(makeShared<PlainScreen>(), Animated::No);
+        CHECK(screens.rows() == "here covered; here; here top; ");
+        screens.sampler->dismiss(Animated::No);
+        CHECK(screens.rows() == "here top; leaving; leaving; ");
+    }
+    SUBCASE("Esc closes it, and then nothing more")
+    {
+        screens.stack.escapePressed();
+        presented->viewDidDisappear();
+        screens.stack.escapePressed();
+        CHECK(screens.rows() == "here top; ");
+    }
+}
+
+TEST_CASE("a screen that closes itself by its own button lives until that is done")
+{
+    Screens screens;
+    struct ClosesItself final : ViewController {
+        bool *isGone;
+        explicit ClosesItself(bool *gone) : isGone(gone) {}
+        ~ClosesItself() override { *isGone = true; }
+        void dismissButtonTapped()
+        {
+            dismiss(Animated::No);
+            CHECK_FALSE(*isGone);
+        }
+    };
+    bool isGone = false;
+    auto *screen = [&] {
+        auto made = makeShared<ClosesItself>(&isGone);
+        screens.sampler->present(made, Animated::No);
+        return made.get();
+    }();
+    screen->viewDidAppear();
+    QObject::connect(&screens.stack, &ScreenStack::dataChanged, &screens.stack,
+                     [&] { screen->viewDidDisappear(); });
+    screen->dismissButtonTapped();
+    CHECK(screens.rows() == "here top; ");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    CHECK(isGone);
+}
+
+TEST_CASE("phone and pad differ at a shortest side of 600")
+{
+    PlainScreen screen;
+    struct Row {
+        QSizeF size;
+        bool isPad;
+        bool isLandscape;
+    };
+    const Row rows[] = {{{390, 844}, false, false},
+                        {{844, 390}, false, true},
+                        {{599, 1280}, false, false},
+                        {{600, 1280}, true, false},
+                        {{1280, 800}, true, false}};
+    for (const Row &row : rows) {
+        CAPTURE(row.size.width());
+        screen.setBounds(QRectF(QPointF(), row.size));
+        CHECK(screen.isPad() == row.isPad);
+        CHECK(screen.isLandscape() == row.isLandscape);
+    }
+}
+
+TEST_CASE("a storyboard without that scene, that view or that controller is a programming error")
+{
+    const Storyboard storyboard = Sampler::storyboard();
+    CHECK(storyboard.instantiateViewController("SamplerView")->viewUrl() ==
+          QUrl("qrc:/Skyflare/Sampler/SamplerView.qml"));
+    CHECK(abortsInChild([&] { (void)storyboard.instantiateViewController("Nowhere"); }));
+    CHECK(abortsInChild([&] { (void)storyboard.instantiateViewController("NoView"); }));
+    CHECK(abortsInChild([&] { (void)storyboard.instantiateViewController<Sampler>("PlainView"); }));
+}

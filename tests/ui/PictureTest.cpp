@@ -1,0 +1,190 @@
+#include "tests/fakes/FakeCamera.h"
+#include "ui/AspectFill.h"
+#include "ui/LightCurve.h"
+#include "ui/PictureScaler.h"
+#include "ui/PreviewLayer.h"
+
+#include <doctest/doctest.h>
+
+#include <QGuiApplication>
+#include <QTest>
+
+using namespace skyflare;
+
+namespace {
+
+constexpr int deadlineMs = 60000;
+
+/// A camera's picture: left third red, middle green, right blue.
+VideoFrame threeColors(int width, int height)
+{
+    auto bytes = std::make_shared<Bytes>();
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const int third = x * 3 / width;
+            for (int channel = 0; channel < 3; ++channel)
+                bytes->push_back(channel == third ? 200 : 10);
+        }
+    }
+    VideoFrame frame;
+    frame.format = PixelFormat::RGB;
+    frame.width = width;
+    frame.height = height;
+    frame.planes[0] = {bytes->data(), std::ptrdiff_t{width} * 3};
+    frame.owner = bytes;
+    return frame;
+}
+
+struct OneQueueSession {
+    std::shared_ptr<CaptureSession> session = std::make_shared<FakeSession>(FakeSession::Refuses{});
+
+    void show(const VideoFrame &frame) const
+    {
+        if (const auto preview = session->preview())
+            preview->show(frame);
+    }
+};
+
+} // namespace
+
+TEST_CASE("what is seen of a picture that fills a view")
+{
+    CHECK(aspectFillRegion({1920, 1080}, {390, 844}) ==
+          QRectF(QPointF((1920 - 1080.0 * 390 / 844) / 2, 0), QSizeF(1080.0 * 390 / 844, 1080)));
+    CHECK(aspectFillRegion({1080, 1920}, {1000, 1000}) == QRectF(0, 420, 1080, 1080));
+    CHECK(aspectFillRegion({0, 0}, {10, 10}).isEmpty());
+    CHECK(aspectFitRect({200, 100}, {100, 100}) == QRectF(0, 25, 100, 50));
+}
+
+TEST_CASE("a scaled picture lies between its pixels")
+{
+    PixelBuffer two = PixelBuffer::ofSize(2, 1);
+    two.rgb = {0, 100, 200, 100, 200, 0};
+    PictureScaler scaler;
+    SUBCASE("enlarged: the edges keep their colour, the middle is mixed")
+    {
+        std::vector<std::uint32_t> pixels(4 * 2, 7);
+        scaler.scale(PixelRows(two), {pixels, 4, 2, 4});
+        const std::vector<std::uint32_t> row{0xFF0064C8, 0xFF197D96, 0xFF4BAF32, 0xFF64C800};
+        CHECK(std::vector(pixels.begin(), pixels.begin() + 4) == row);
+        CHECK(std::vector(pixels.begin() + 4, pixels.end()) == row);
+    }
+    SUBCASE("reduced to one pixel")
+    {
+        std::vector<std::uint32_t> pixels(1);
+        scaler.scale(PixelRows(two), {pixels, 1, 1, 1});
+        CHECK(pixels[0] == 0xFF329664);
+    }
+    SUBCASE("a row is made once, and only if it is needed")
+    {
+        struct CountingRows final : PictureRows {
+            mutable std::vector<int> made;
+            [[nodiscard]] int width() const override { return 4; }
+            [[nodiscard]] int height() const override { return 100; }
+            const std::uint8_t *row(int y, std::span<std::uint8_t> room) const noexcept override
+            {
+                made.push_back(y);
+                return room.data();
+            }
+        } rows;
+        std::vector<std::uint32_t> pixels(100);
+        scaler.scale(rows, {pixels, 1, 5, 1});
+        CHECK(rows.made == std::vector{9, 10, 29, 30, 49, 50, 69, 70, 89, 90});
+        rows.made.clear();
+        scaler.scale(rows, {pixels, 1, 100, 1});
+        CHECK(rows.made.size() == 100);
+    }
+}
+
+TEST_CASE("a preview shows the middle of the newest frame at the size of its view")
+{
+    const OneQueueSession camera;
+    PreviewLayer layer(*camera.session);
+    layer.setBounds({30, 60}, 1.0); // of 90 × 60 the green third
+    int arrived = 0;
+    QObject::connect(&layer, &PreviewLayer::pictureArrived, &layer, [&] { ++arrived; });
+    camera.show(threeColors(90, 60));
+    REQUIRE(QTest::qWaitFor([&] { return arrived == 1; }, deadlineMs));
+
+    SUBCASE("frames are passed over until the picture is fetched")
+    {
+        const VideoFrame later = greyFrame(9);
+        for (int i = 0; i < 20; ++i) {
+            camera.show(later);
+            CHECK(later.owner.use_count() == 1); // nobody keeps it to turn it
+        }
+        const QImage picture = layer.fetch();
+        CHECK(picture.size() == QSize(30, 60));
+        CHECK(picture.pixel(0, 0) == 0xFF0AC80A);
+        CHECK(picture.pixel(29, 59) == 0xFF0AC80A);
+        CHECK(layer.fetch().isNull());
+        camera.show(threeColors(90, 60));
+        REQUIRE(QTest::qWaitFor([&] { return arrived == 2; }, deadlineMs));
+    }
+    SUBCASE("a tapped point is a point of the sensor")
+    {
+        struct Row {
+            QPointF tapped;
+            double x, y;
+        };
+        const Row rows[] = {
+            {{15, 30}, 0.5, 0.5}, {{0, 0}, 1 / 3.0, 0}, {{30, 60}, 2 / 3.0, 1}, {{90, -5}, 1, 0}};
+        for (const Row &row : rows) {
+            const Point point = layer.captureDevicePointOfInterest(row.tapped);
+            CHECK(point.x == doctest::Approx(row.x));
+            CHECK(point.y == doctest::Approx(row.y));
+        }
+    }
+}
+
+TEST_CASE("a preview takes what cameras give, and leaves the session when it goes")
+{
+    const OneQueueSession camera;
+    {
+        PreviewLayer layer(*camera.session);
+        CHECK(layer.captureDevicePointOfInterest({1, 1}).x == 0.5);
+        layer.setBounds({16, 16}, 2.0);
+        int arrived = 0;
+        QObject::connect(&layer, &PreviewLayer::pictureArrived, &layer, [&] { ++arrived; });
+
+        VideoFrame broken = threeColors(32, 32);
+        broken.format = PixelFormat::Jpeg; // no JPEG at all: nothing is shown, and the next one is
+        camera.show(broken);
+        REQUIRE(QTest::qWaitFor(
+            [&] {
+                camera.show(greyFrame(128)); // one pixel
+                return arrived == 1;
+            },
+            deadlineMs));
+        const QImage picture = layer.fetch();
+        CHECK(picture.size() == QSize(32, 32));
+        CHECK(picture.pixel(31, 31) == 0xFF808080);
+        CHECK(camera.session->preview() != nullptr);
+    }
+    CHECK(camera.session->preview() == nullptr);
+}
+
+TEST_CASE("a light curve keeps five seconds and finds a scale for them")
+{
+    LightCurve curve;
+    for (int i = 0; i <= 100; ++i)
+        curve.append({i * 0.1, 0.1});
+    CHECK(curve.samples().size() == 51);
+    CHECK(curve.samples().front().uptimeSeconds == doctest::Approx(5.0));
+
+    struct Row {
+        double rise, bottom, top;
+    };
+    const Row rows[] = {
+        {0.005, 0.1, 0.12}, {0.02, 0.1, 0.15}, {0.1, 0.09375, 0.34375}, {0.4, 0.0625, 0.5625}};
+    for (const Row &row : rows) {
+        CAPTURE(row.rise);
+        curve.setRise(row.rise);
+        CHECK(curve.range().bottom == doctest::Approx(row.bottom));
+        CHECK(curve.range().top == doctest::Approx(row.top));
+    }
+    curve.append({10.1, 1.0}); // a burst: the newest and the rise on it are inside
+    CHECK(curve.range().top >= 1.4);
+    curve.append({2.0, 0.5}); // a new run, whose clock began anew
+    CHECK(curve.samples().size() == 1);
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "ui/ButtonOutlet.h"
+#include "ui/ImageOutlet.h"
+#include "ui/LightCurve.h"
+#include "ui/PreviewLayer.h"
+#include "ui/Storyboard.h"
+#include "ui/ViewController.h"
+
+namespace skyflare {
+
+/// A screen that shows one of everything that ui/ has; for tests and pictures.
+class Sampler : public skyflare::ViewController {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by its storyboard")
+    Q_PROPERTY(skyflare::ButtonOutlet *mainButton READ mainButton CONSTANT)
+    Q_PROPERTY(skyflare::ButtonOutlet *gearButton READ gearButton CONSTANT)
+    Q_PROPERTY(skyflare::LabelOutlet *lightPowerLabel READ lightPowerLabel CONSTANT)
+    Q_PROPERTY(skyflare::LabelOutlet *statusText READ statusText CONSTANT)
+    Q_PROPERTY(skyflare::ImageOutlet *photo READ photo CONSTANT)
+    Q_PROPERTY(skyflare::LightCurve *lightCurve READ lightCurve CONSTANT)
+    Q_PROPERTY(skyflare::PreviewLayer *previewLayer READ previewLayer NOTIFY previewChanged)
+    Q_PROPERTY(QStringList symbols READ symbols CONSTANT)
+
+public:
+    static Storyboard storyboard();
+
+    int viewDidLoads = 0;
+    int mainButtonTaps = 0;
+
+    void viewDidLoad() override;
+    Q_INVOKABLE void mainButtonTapped() { ++mainButtonTaps; }
+    void showPreview(CaptureSession *session);
+
+    [[nodiscard]] ButtonOutlet *mainButton() { return &mainButton_; }
+    [[nodiscard]] ButtonOutlet *gearButton() { return &gearButton_; }
+    [[nodiscard]] LabelOutlet *lightPowerLabel() { return &lightPowerLabel_; }
+    [[nodiscard]] LabelOutlet *statusText() { return &statusText_; }
+    [[nodiscard]] ImageOutlet *photo() { return &photo_; }
+    [[nodiscard]] LightCurve *lightCurve() { return &lightCurve_; }
+    [[nodiscard]] PreviewLayer *previewLayer() { return previewLayer_.get(); }
+    [[nodiscard]] static QStringList symbols();
+
+signals:
+    void previewChanged();
+
+private:
+    ButtonOutlet mainButton_;
+    ButtonOutlet gearButton_;
+    LabelOutlet lightPowerLabel_;
+    LabelOutlet statusText_;
+    ImageOutlet photo_;
+    LightCurve lightCurve_;
+    std::unique_ptr<PreviewLayer> previewLayer_;
+};
+
+/// A screen with nothing on it.
+class PlainScreen : public skyflare::ViewController {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by its storyboard")
+};
+
+} // namespace skyflare

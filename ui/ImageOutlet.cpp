@@ -1,0 +1,17 @@
+#include "ui/ImageOutlet.h"
+
+namespace skyflare {
+
+void ImageOutlet::setImage(std::optional<Image> image)
+{
+    image_ = std::move(image);
+    emit imageChanged();
+}
+
+void ImageOutlet::setSymbol(std::string_view name)
+{
+    symbol_ = QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+    emit symbolChanged();
+}
+
+} // namespace skyflare

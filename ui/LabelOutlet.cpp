@@ -1,0 +1,14 @@
+#include "ui/LabelOutlet.h"
+
+namespace skyflare {
+
+void LabelOutlet::setText(std::string_view utf8)
+{
+    auto text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    if (text_ == text)
+        return;
+    text_ = std::move(text);
+    emit textChanged();
+}
+
+} // namespace skyflare
