@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/base/Text.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -49,11 +51,7 @@ static_assert(brightnessThreshold(SensitivityLevel::Extreme) == 0.00499999988824
 /// The level that a command line names: a title in any case of letters, `-` for the blank ("very-high").
 constexpr std::optional<SensitivityLevel> sensitivityLevelNamed(std::string_view name)
 {
-    const auto folded = [](char letter) {
-        if (letter == '-')
-            return ' ';
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    };
+    const auto folded = [](char letter) { return letter == '-' ? ' ' : lowerAscii(letter); };
     for (std::size_t index = 0; index < sensitivityRows.size(); ++index) {
         const std::string_view title = sensitivityRows[index].title;
         if (std::equal(title.begin(), title.end(), name.begin(), name.end(),

@@ -1,22 +1,15 @@
 #include "analytics/store/TableBuilder.h"
 
 #include "analytics/store/APMSqliteStore.h"
+#include "platform/base/Text.h"
 
 #include <algorithm>
-#include <cctype>
 
 namespace skyflare {
 
 namespace {
 
 constexpr std::string_view oldSuffix = "_old";
-
-/// SQLite's column names and types know no upper and lower case.
-bool isSame(std::string_view left, std::string_view right)
-{
-    return std::ranges::equal(
-        left, right, [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); });
-}
 
 std::string identifier(std::string_view name)
 {
@@ -28,8 +21,8 @@ std::string identifier(std::string_view name)
 
 template <typename Columns> const auto *find(const Columns &columns, std::string_view name)
 {
-    const auto found =
-        std::ranges::find_if(columns, [name](const auto &column) { return isSame(column.name, name); });
+    const auto found = std::ranges::find_if(
+        columns, [name](const auto &column) { return isSameInAnyCase(column.name, name); });
     return found == columns.end() ? nullptr : &*found;
 }
 
@@ -113,7 +106,7 @@ bool TableBuilder::isToBeRebuilt(const std::vector<Present> &present) const
 {
     return std::ranges::any_of(info_.modifyColumnInfo, [&](const ColumnInfo &wanted) {
         const Present *column = find(present, wanted.name);
-        return column && !isSame(column->type, typeOf(wanted));
+        return column && !isSameInAnyCase(column->type, typeOf(wanted));
     });
 }
 

@@ -4,6 +4,7 @@
 #include "analytics/validation/RefusalLog.h"
 #include "analytics/validation/ReservedNames.h"
 #include "analytics/worker/MeasurementLog.h"
+#include "platform/base/Text.h"
 
 #include <algorithm>
 #include <utility>
@@ -26,16 +27,6 @@ bool isPublicName(std::string_view name)
 bool isAboutAds(const UserPropertyCall &call)
 {
     return call.kind == Kind::Public && call.name == adsProperty;
-}
-
-bool isFalse(std::string_view text)
-{
-    constexpr std::string_view word = "false";
-    // In ASCII: what a locale thinks of upper and lower case is of no concern here.
-    const auto lower = [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    };
-    return std::ranges::equal(text, word, {}, lower);
 }
 
 } // namespace
@@ -141,7 +132,7 @@ void UserProperties::mirrorAds(const std::optional<APMValue> &value)
         return;
     }
     set({std::string(noAdsProperty), std::string(autoOrigin), services_.clock.secondsSince1970(),
-         APMValue(std::int64_t{isFalse(*value->text()) ? 1 : 0})});
+         APMValue(std::int64_t{isSameInAnyCase(*value->text(), "false") ? 1 : 0})});
 }
 
 void UserProperties::refuse(const Refusal &refusal)

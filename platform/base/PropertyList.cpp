@@ -30,12 +30,10 @@ Error malformed(std::string message)
 // The library takes a text that stops anywhere behind its last value, and more text behind that.
 bool isWholeXml(std::string_view text)
 {
-    constexpr std::string_view whiteSpace = " \t\r\n";
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (text.starts_with(byteOrderMark))
         text.remove_prefix(byteOrderMark.size());
-    text.remove_prefix(std::min(text.find_first_not_of(whiteSpace), text.size()));
-    text = text.substr(0, text.find_last_not_of(whiteSpace) + 1);
+    text = withoutOuterSpace(text);
     return (text.starts_with("<?xml") || text.starts_with("<!DOCTYPE") || text.starts_with("<plist")) &&
            text.ends_with("</plist>");
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,26 @@ namespace skyflare {
 /// Not finite: "inf", "-inf", "nan".
 std::string shortestDecimal(float number);
 std::string shortestDecimal(double number);
+
+/// ASCII letters alone: what a locale thinks of upper and lower case is of no concern to names of a standard.
+constexpr char lowerAscii(char letter)
+{
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+/// Whether both are the same but for the case of ASCII letters.
+constexpr bool isSameInAnyCase(std::string_view one, std::string_view other)
+{
+    return std::ranges::equal(one, other, {}, lowerAscii, lowerAscii);
+}
+
+/// `text` without blanks, tabs and line ends before and behind it.
+constexpr std::string_view withoutOuterSpace(std::string_view text)
+{
+    constexpr std::string_view space = " \t\r\n";
+    text.remove_prefix(std::min(text.find_first_not_of(space), text.size()));
+    return text.substr(0, text.find_last_not_of(space) + 1);
+}
 
 /// `text` with U+FFFD in place of every byte that is no part of UTF-8, and of every NUL.
 std::string validUtf8(std::string_view text);

@@ -1,5 +1,7 @@
 #include "platform/cloud/FIRRemoteConfigValue.h"
 
+#include "platform/base/Text.h"
+
 #include <nlohmann/json.hpp>
 
 #include <charconv>
@@ -30,11 +32,7 @@ std::optional<Json> parseShallow(std::string_view text)
 
 double numberIn(std::string_view text)
 {
-    constexpr std::string_view white = " \t\r\n";
-    const auto first = text.find_first_not_of(white);
-    if (first == text.npos)
-        return 0;
-    text = text.substr(first, text.find_last_not_of(white) + 1 - first);
+    text = withoutOuterSpace(text);
     double number = 0;
     const auto [end, failed] = std::from_chars(text.data(), text.data() + text.size(), number);
     return failed == std::errc{} && end == text.data() + text.size() && std::isfinite(number) ? number : 0;

@@ -1,5 +1,7 @@
 #include "platform/desktop/URLOpener.h"
 
+#include "platform/base/Text.h"
+
 #include <algorithm>
 #include <array>
 
@@ -24,9 +26,7 @@ std::string schemeOf(std::string_view url)
     if (scheme.empty() || letters.find(scheme.front()) == letters.npos ||
         scheme.find_first_not_of(schemeLetters) != scheme.npos)
         return {};
-    std::ranges::transform(scheme, scheme.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    });
+    std::ranges::transform(scheme, scheme.begin(), lowerAscii);
     return scheme;
 }
 

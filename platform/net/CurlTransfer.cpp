@@ -1,5 +1,7 @@
 #include "platform/net/CurlTransfer.h"
 
+#include "platform/base/Text.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -71,14 +73,6 @@ bool isHeaderName(std::string_view name)
 bool isHeaderValue(std::string_view value)
 {
     return value.find_first_of(std::string_view("\r\n\0", 3)) == value.npos;
-}
-
-std::string_view trimmed(std::string_view text)
-{
-    constexpr std::string_view white = " \t\r\n";
-    const auto first = text.find_first_not_of(white);
-    return first == text.npos ? std::string_view()
-                              : text.substr(first, text.find_last_not_of(white) + 1 - first);
 }
 
 } // namespace
@@ -191,8 +185,8 @@ void CurlTransfer::didReceiveHeader(std::string_view line)
     if (line.starts_with("HTTP/")) { // a redirect's headers, or an interim answer's, have come before
         response_ = {};
     } else if (colon != line.npos) {
-        response_.headers.push_back(
-            {std::string(trimmed(line.substr(0, colon))), std::string(trimmed(line.substr(colon + 1)))});
+        response_.headers.push_back({std::string(withoutOuterSpace(line.substr(0, colon))),
+                                     std::string(withoutOuterSpace(line.substr(colon + 1)))});
     }
 }
 

@@ -1,5 +1,7 @@
 #include "tests/fakes/HttpServer.h"
 
+#include "platform/base/Text.h"
+
 #include <asio/io_context.hpp>
 #include <asio/ip/tcp.hpp>
 #include <asio/read.hpp>
@@ -41,12 +43,6 @@ struct HttpServer::State {
 };
 
 namespace {
-
-std::string trimmed(const std::string &text)
-{
-    const auto first = text.find_first_not_of(" \r");
-    return first == text.npos ? "" : text.substr(first, text.find_last_not_of(" \r") + 1 - first);
-}
 
 class Connection : public std::enable_shared_from_this<Connection> {
 public:
@@ -92,9 +88,8 @@ private:
             if (colon == line.npos)
                 continue;
             std::string name = line.substr(0, colon);
-            std::ranges::transform(name, name.begin(),
-                                   [](unsigned char letter) { return std::tolower(letter); });
-            request_.headers[name] = trimmed(line.substr(colon + 1));
+            std::ranges::transform(name, name.begin(), lowerAscii);
+            request_.headers[name] = withoutOuterSpace(std::string_view(line).substr(colon + 1));
         }
         input_.erase(0, headSize);
         const std::string length = request_.headers["content-length"];
