@@ -7,7 +7,7 @@ find_package(SQLite3 REQUIRED)
 find_package(ZLIB REQUIRED)
 find_package(ICU REQUIRED COMPONENTS i18n uc)
 find_package(nlohmann_json REQUIRED)
-find_package(Qt6 6.4 REQUIRED COMPONENTS Gui Qml Quick Svg)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Gui Network Qml Quick Svg)
 
 pkg_check_modules(plist REQUIRED IMPORTED_TARGET libplist-2.0)
 pkg_check_modules(spng REQUIRED IMPORTED_TARGET spng)

@@ -26,6 +26,9 @@ class Theme final : public QObject {
     Q_PROPERTY(QColor text READ text NOTIFY changed)
     Q_PROPERTY(QColor secondaryText READ secondaryText NOTIFY changed)
     Q_PROPERTY(QColor overPicture READ overPicture NOTIFY changed)
+    Q_PROPERTY(QColor nightInk READ nightInk NOTIFY changed)
+    Q_PROPERTY(QColor sky READ sky NOTIFY changed)
+    Q_PROPERTY(QColor skyLow READ skyLow NOTIFY changed)
     Q_PROPERTY(QColor pressed READ pressed NOTIFY changed)
     Q_PROPERTY(QColor warning READ warning NOTIFY changed)
     Q_PROPERTY(bool hasSecondary READ hasSecondary NOTIFY changed)
@@ -50,6 +53,9 @@ public:
     [[nodiscard]] QColor text() const { return named("Text"); }
     [[nodiscard]] QColor secondaryText() const { return named("SecondaryText"); }
     [[nodiscard]] QColor overPicture() const { return named("OverPicture"); }
+    [[nodiscard]] QColor nightInk() const { return named("NightInk"); }
+    [[nodiscard]] QColor sky() const { return named("Sky"); }
+    [[nodiscard]] QColor skyLow() const { return named("SkyLow"); }
     [[nodiscard]] QColor pressed() const { return named("Pressed"); }
     [[nodiscard]] QColor warning() const { return named("Warning"); }
     [[nodiscard]] bool hasSecondary() const { return catalogue_("Secondary", appearance_).has_value(); }

@@ -2,6 +2,7 @@
 #include "app/App.h"
 #include "platform/base/AsioQueues.h"
 #include "platform/base/MainLoop.h"
+#include "platform/camera/CameraChoice.h"
 #include "platform/camera/CameraMonitor.h"
 #include "platform/camera/FilmSource.h"
 #include "platform/camera/GstCapture.h"
@@ -66,39 +67,9 @@ std::unique_ptr<WatchReport> reportFor(const Options &options, WatchConsole &con
                                         options.film ? TextReport::Source::Film : TextReport::Source::Camera);
 }
 
-CameraMonitor &cameraMonitor()
+std::shared_ptr<FocusControl> openFocus(const std::string &path)
 {
-    return CameraMonitor::shared([](const std::string &path) { return std::make_shared<V4l2Focus>(path); });
-}
-
-Result<std::shared_ptr<CameraSource>> simulatedCamera(const std::string &name)
-{
-    auto sky = SimulatedSkySource::parse(name);
-    if (!sky)
-        return sky.error();
-    return std::shared_ptr<CameraSource>(std::move(*sky));
-}
-
-/// The camera of that name; "auto" takes the best there is.
-Result<std::shared_ptr<CameraSource>> cameraNamed(const std::string &name, Console &console)
-{
-    if (name == "simulated" || name.starts_with("simulated:"))
-        return simulatedCamera(name);
-    CameraMonitor &monitor = cameraMonitor();
-    if (name != "auto") {
-        auto camera = monitor.cameraNamed(name);
-        if (!camera && monitor.outcome())
-            return Error{"camera", 0,
-                         camera.error().message +
-                             " (--list-cameras tells more, and \"simulated\" is always there)"};
-        return camera;
-    }
-    if (const auto cameras = monitor.cameras(); !cameras.empty())
-        return cameras.front();
-    if (!monitor.outcome())
-        return monitor.outcome().error();
-    console.printLine("No camera was found: this is the simulated sky.");
-    return simulatedCamera("simulated");
+    return std::make_shared<V4l2Focus>(path);
 }
 
 UserDirectories directoriesFor(const Options &options)
@@ -141,6 +112,7 @@ private:
     bool ended_ = false;
 
     void startAnalytics();
+    Result<std::shared_ptr<CameraSource>> chosenSource();
     int prepareAndWatch();
     int watch(std::shared_ptr<CameraSource> camera, std::unique_ptr<FramesCsv> csv, PhotoExport *photoExport);
     void applyLevels(CaptureManager &manager) const;
@@ -206,12 +178,21 @@ int Program::run()
     return status;
 }
 
+Result<std::shared_ptr<CameraSource>> Program::chosenSource()
+{
+    if (options_.film)
+        return std::shared_ptr<CameraSource>(std::make_shared<FilmSource>(*options_.film, Pacing::LockStep));
+    const auto choice = chooseCamera(options_.camera, openFocus);
+    if (!choice)
+        return choice.error();
+    if (choice->kind == CameraChoice::Kind::SimulatedInstead)
+        console_.printLine("No camera was found: this is the simulated sky.");
+    return choice->camera;
+}
+
 int Program::prepareAndWatch()
 {
-    auto camera =
-        options_.film
-            ? std::shared_ptr<CameraSource>(std::make_shared<FilmSource>(*options_.film, Pacing::LockStep))
-            : cameraNamed(options_.camera, console_);
+    auto camera = chosenSource();
     if (!camera)
         return complain(sourceFailed, camera.error().message);
     if (const auto loaded = store_.load(); !loaded)
@@ -303,7 +284,7 @@ void Program::applyLevels(CaptureManager &manager) const
 
 int listCameras(const Options &options)
 {
-    const CameraMonitor &monitor = cameraMonitor();
+    const CameraMonitor &monitor = CameraMonitor::shared(openFocus);
     std::vector<std::shared_ptr<const CaptureDevice>> cameras;
     for (const auto &camera : monitor.cameras())
         cameras.push_back(camera);

@@ -32,6 +32,10 @@ public:
     /// until the old one is down. Empty for what can be opened as often as one likes.
     [[nodiscard]] virtual std::string identity() const { return {}; }
 
+    /// The file by which the kernel gives the device to users, such as "/dev/video0"; empty where it has
+    /// none.
+    [[nodiscard]] virtual std::string devicePath() const { return {}; }
+
     /// Calls `removed` when the device is taken away, on any thread, once at most; until what this returns is
     /// let go of. Empty for what cannot be taken away.
     // NOLINTNEXTLINE(performance-unnecessary-value-param): a device keeps what it is given

@@ -34,6 +34,7 @@ public:
     Result<Element> makeElement() const override;
     [[nodiscard]] Pacing pacing() const override { return Pacing::Live; }
     [[nodiscard]] std::string identity() const override { return facts_.identity; }
+    [[nodiscard]] std::string devicePath() const override { return facts_.v4l2Path; }
     [[nodiscard]] std::shared_ptr<void> whenRemoved(std::function<void()> removed) const override;
 
 private:

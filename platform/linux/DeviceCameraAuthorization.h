@@ -17,6 +17,9 @@ public:
     /// @param device  such as /dev/video0; empty for a camera without a device file, which all may use
     DeviceCameraAuthorization(std::filesystem::path device, SerialQueue &mainQueue);
 
+    /// A camera's device file that this user may not open, which is why no camera is found; empty: none.
+    static std::filesystem::path refusedDevice();
+
     [[nodiscard]] CameraAuthorizationStatus authorizationStatus() override;
     void requestAccess(std::function<void(bool granted)> completionHandler) override;
 

@@ -1,32 +1,11 @@
 #include "capture/AutoSave.h"
 
 #include "tests/capture/CaptureFixture.h"
+#include "tests/fakes/RecordingDesktop.h"
 
 #include <doctest/doctest.h>
 
 using namespace skyflare;
-
-namespace {
-
-/// Answers when the test says so.
-struct FakePhotoLibrary final : PhotoLibrary {
-    std::vector<std::function<void(AuthorizationStatus)>> asked;
-    std::vector<double> assetDates;
-    LibraryChange change{true, std::nullopt};
-
-    void requestAuthorization(std::function<void(AuthorizationStatus)> completion) override
-    {
-        asked.push_back(std::move(completion));
-    }
-    void createAsset(const Image & /*image*/, double creationDate,
-                     std::function<void(const LibraryChange &)> completion) override
-    {
-        assetDates.push_back(creationDate);
-        completion(change);
-    }
-};
-
-} // namespace
 
 TEST_CASE_FIXTURE(CaptureFixture,
                   "a photo goes to the photo library when auto-save is on and access is given")

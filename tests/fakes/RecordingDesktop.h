@@ -3,7 +3,9 @@
 #include "platform/base/DispatchQueue.h"
 #include "platform/desktop/CameraAuthorization.h"
 #include "platform/desktop/HapticFeedback.h"
+#include "platform/desktop/PhotoLibrary.h"
 #include "platform/desktop/RemoteNotifications.h"
+#include "platform/desktop/StoreReview.h"
 #include "platform/desktop/URLOpener.h"
 #include "platform/desktop/UserNotificationCenter.h"
 
@@ -51,6 +53,12 @@ struct RecordingHaptics final : HapticFeedback {
     void impactOccurred(ImpactFeedbackStyle style) override { impacts.push_back(style); }
 };
 
+struct RecordingStoreReview final : StoreReview {
+    int requests = 0;
+
+    void requestReview() override { ++requests; }
+};
+
 struct RecordingURLOpener final : URLOpener {
     std::vector<std::string> opened;
     bool opensNothing = false;
@@ -70,6 +78,24 @@ struct FakeCameraAuthorization final : CameraAuthorization {
     void requestAccess(std::function<void(bool)> completion) override
     {
         waiting.push_back(std::move(completion));
+    }
+};
+
+/// Answers when the test says so.
+struct FakePhotoLibrary final : PhotoLibrary {
+    std::vector<std::function<void(AuthorizationStatus)>> asked;
+    std::vector<double> assetDates;
+    LibraryChange change{true, std::nullopt};
+
+    void requestAuthorization(std::function<void(AuthorizationStatus)> completion) override
+    {
+        asked.push_back(std::move(completion));
+    }
+    void createAsset(const Image & /*image*/, double creationDate,
+                     std::function<void(const LibraryChange &)> completion) override
+    {
+        assetDates.push_back(creationDate);
+        completion(change);
     }
 };
 

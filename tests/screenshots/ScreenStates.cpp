@@ -3,8 +3,12 @@
 #include "platform/desktop/MissingHaptics.h"
 #include "platform/image/FrameConversion.h"
 #include "tests/screenshots/Camera.h"
+#include "tests/screenshots/MainStates.h"
 #include "tests/ui/Sampler.h"
 #include "ui/CustomPopupView.h"
+
+#include <algorithm>
+#include <iterator>
 
 namespace skyflare {
 
@@ -58,11 +62,12 @@ const std::string longText =
 void showLivePicture()
 {
     camera().show();
+    showOnMainScreen(camera().frame());
 }
 
 std::vector<ScreenState> screenStates()
 {
-    return {
+    std::vector<ScreenState> states = {
         {"small-views", sampler},
         {"small-views-running", running},
         popup("delete-all",
@@ -89,6 +94,8 @@ std::vector<ScreenState> screenStates()
                                   .dismissable = CustomPopupView::Dismissable::No,
                                   .buttonTitle = "Update"}),
     };
+    std::ranges::move(mainStates(camera()), std::back_inserter(states));
+    return states;
 }
 
 } // namespace skyflare

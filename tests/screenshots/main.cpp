@@ -1,9 +1,12 @@
+#include "platform/base/Localization.h"
+#include "platform/base/StandardConsole.h"
 #include "tests/screenshots/ScreenStates.h"
 #include "ui/Window.h"
 
 #include <QDir>
 #include <QEventLoop>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QTimer>
 #include <array>
 #include <cstdio>
@@ -39,14 +42,29 @@ void settle()
     loop.exec();
 }
 
+void press(QQuickWindow &window, int key)
+{
+    for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+        QKeyEvent event(type, key, Qt::NoModifier);
+        QCoreApplication::sendEvent(&window, &event);
+    }
+}
+
 bool write(const ScreenState &state, const Size &size, ColorScheme scheme, const QDir &folder)
 {
+    StandardConsole console;
+    const auto tables = QCoreApplication::applicationDirPath() + "/localization";
+    Localization::setShared(Localization::load(tables.toStdString(), std::array{state.language}, console));
     Window window;
     window.theme().setColorScheme(scheme);
     window.quickWindow().resize(size.pixels);
     window.setRootViewController(state.makeRoot());
     window.makeKeyAndVisible();
     settle();
+    for (const int key : state.keys)
+        press(window.quickWindow(), key);
+    if (!state.keys.empty())
+        settle();
     const QString name = QString("%1-%2-%3.png")
                              .arg(QString::fromStdString(state.name), size.name,
                                   scheme == ColorScheme::Light ? "light" : "dark");

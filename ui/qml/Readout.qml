@@ -25,7 +25,7 @@ Column {
     DigitsView {
         objectName: "digits"
         anchors.right: readout.isRightAligned ? parent.right : undefined
-        text: readout.outlet.text
+        text: readout.outlet.text === "" ? "–" : readout.outlet.text // keeps its place
         color: Theme.text
         pixelSize: readout.size
         weight: Font.DemiBold

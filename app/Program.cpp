@@ -1,0 +1,308 @@
+#include "app/Program.h"
+
+#include "platform/base/Localization.h"
+#include "platform/camera/GstCapture.h"
+#include "platform/camera/GstSetup.h"
+#include "platform/linux/BackgroundThread.h"
+#include "platform/linux/BackupExclusion.h"
+#include "platform/linux/DeviceCameraAuthorization.h"
+#include "platform/linux/MachineFacts.h"
+#include "platform/linux/V4l2Focus.h"
+#include "platform/persistence/ManagedObjectContext.h"
+#include "screens/gallery/PhotoDetailViewController.h"
+#include "screens/gallery/PhotoListViewController.h"
+#include "screens/settings/SettingsViewController.h"
+
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+namespace skyflare {
+
+namespace {
+
+constexpr int couldNotStart = 1;
+
+/// Where the desktop has no page of settings for the app.
+constexpr std::string_view settingsHelp =
+    "Camera: your user must be allowed to open the camera's device; on most systems that takes being in the "
+    "group “video”, and logging in again. Language: Skyflare speaks the language of your desktop.";
+
+int complain(int status, const std::string &message)
+{
+    std::fprintf(stderr, "skyflare: %s\n", message.c_str());
+    return status;
+}
+
+APMAppData appData()
+{
+    const MachineFacts machine = MachineFacts::read();
+    return {.appVersion = SKYFLARE_VERSION,
+            .platform = machine.platform,
+            .osVersion = machine.osVersion,
+            .deviceModel = machine.deviceModel,
+            .language = machine.language};
+}
+
+/// Looks for the camera, and makes ready what every camera needs; both take their time.
+Result<CameraChoice> findCamera(const std::string &name)
+{
+    auto choice =
+        chooseCamera(name, [](const std::string &path) { return std::make_shared<V4l2Focus>(path); });
+    if (const auto ready = initialiseGStreamer(); !ready)
+        return ready.error();
+    return choice;
+}
+
+} // namespace
+
+Program::Program(const AppOptions &options, int &argc, char **argv)
+    : options_(options),
+      directories_(options.dataFolder ? UserDirectories::under(*options.dataFolder)
+                                      : UserDirectories::standard()),
+      application_(argc, argv),
+      remoteConfig_(FIRRemoteConfig::make({.transport = transport_,
+                                           .queues = queues_,
+                                           .clock = clock_,
+                                           .console = console_,
+                                           .cacheFile = directories_.cache / "remote-config.json"})),
+      urlOpener_({.queue = queues_.globalUserInitiated(),
+                  .console = console_,
+                  .ownSettingsPage = [this] { showSettingsHelp(); }}),
+      camera_(cameraServices())
+{
+    std::setlocale(LC_NUMERIC, "C"); // Qt has taken the user's; what we write and read has a point
+    QGuiApplication::setApplicationName(QStringLiteral("skyflare"));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Skyflare"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("skyflare"));
+    prepareUserInterface();
+    Localization::setShared(
+        Localization::load(files_.localization,
+                           preferredLanguages([](const char *name) { return std::getenv(name); }), console_));
+    App::setSharedServices({defaults_, notificationCenter_, console_});
+}
+
+/// What main has not come to is dropped; who waits for it goes home.
+Program::~Program()
+{
+    mainQueue_.close();
+}
+
+LaunchCamera::Services Program::cameraServices()
+{
+    return {
+        .mainQueue = mainQueue_,
+        .choose = [name = options_.camera] { return findCamera(name); },
+        .refusedDevice = &DeviceCameraAuthorization::refusedDevice,
+        .makeFramework = [this](std::shared_ptr<CameraSource> camera) -> std::unique_ptr<CaptureFramework> {
+            return std::make_unique<GstCapture>(
+                GstCapture::Services{.queues = queues_, .camera = std::move(camera)});
+        },
+        .makeAuthorization = [this](std::filesystem::path device) -> std::unique_ptr<CameraAuthorization> {
+            return std::make_unique<DeviceCameraAuthorization>(std::move(device), mainQueue_);
+        }};
+}
+
+/// What begins when the cloud platform is configured.
+void Program::registerComponents()
+{
+    firApp_.registerComponent(
+        [this](const FIROptions &options) { remoteConfig_->configure(options.remoteConfigURL); });
+    if (options_.noAnalytics)
+        return;
+    analytics_ = std::make_unique<AnalyticsHost>(
+        AnalyticsHost::Services{.queues = queues_,
+                                .clock = clock_,
+                                .console = console_,
+                                .random = random_,
+                                .excludeFromBackup = &excludeFromBackup,
+                                .prepareThread = &becomeBackgroundThread},
+        AnalyticsHost::Places{
+            .config = directories_.config, .state = directories_.state, .options = files_.deployment},
+        options_.launchSwitches, appData());
+    firApp_.registerComponent([this](const FIROptions & /*options*/) { analytics_->start(); });
+}
+
+/// Whether this process is to show the window. A folder that cannot be locked keeps nobody from it.
+bool Program::isFirst()
+{
+    auto claimed = SingleInstance::claim(directories_.state);
+    if (claimed && !*claimed) {
+        if (const auto asked = SingleInstance::activateFirst(directories_.state); !asked)
+            status_ = complain(couldNotStart, asked.error().message);
+        return false;
+    }
+    const auto listening = claimed ? (*claimed)->listen([this] {
+        if (delegate_ && delegate_->window())
+            delegate_->window()->makeKeyAndVisible();
+    })
+                                   : Result<>(claimed.error());
+    if (!listening)
+        console_.reportLine("A second start will not find this one: " + listening.error().message);
+    if (claimed)
+        instance_ = std::move(*claimed);
+    return true;
+}
+
+int Program::run()
+{
+    if (!isFirst())
+        return status_;
+    start();
+    QCoreApplication::exec();
+    end();
+    while (!ended_)
+        QCoreApplication::exec();
+    if (camera_.isChoosing()) // on a thread that may hang for seconds, and uses what would end now
+        std::_Exit(status_);
+    return status_;
+}
+
+void Program::start()
+{
+    camera_.choose([this](const Result<bool> &isSimulated) { didChooseCamera(isSimulated); });
+    registerComponents();
+    makeDelegate();
+    delegate_->didFinishLaunching();
+    scene_ = std::make_unique<SceneDelegate>();
+    scene_->willConnectToSession(delegate_->window());
+    activity_ = std::make_unique<WindowActivity>(
+        delegate_->window()->quickWindow(), notificationCenter_,
+        WindowActivity::shellFor(std::getenv("XDG_CURRENT_DESKTOP"), std::getenv("PLASMA_PLATFORM")));
+}
+
+void Program::makeDelegate()
+{
+    delegate_ = std::make_unique<AppDelegate>(
+        AppDelegate::Services{.firApp = firApp_,
+                              .notificationCenter = notifications_,
+                              .remoteNotifications = remoteNotifications_,
+                              .console = console_,
+                              .storageQueue = *storageQueue_,
+                              .storageFolder = directories_.data,
+                              .makeWindow = [this] { return std::make_shared<Window>(&appearance_); },
+                              .makeFirstScreen = [this] { return makeMainScreen(); }});
+    CaptureManager::setSharedServices({.mainQueue = mainQueue_,
+                                       .queues = queues_,
+                                       .framework = camera_,
+                                       .clock = clock_,
+                                       .console = console_,
+                                       .app = App::shared(),
+                                       .photoDataManager = photoDataManager()});
+}
+
+PhotoDataManager Program::photoDataManager()
+{
+    return PhotoDataManager({*delegate_, notificationCenter_, clock_, console_});
+}
+
+Storyboard Program::galleryStoryboard()
+{
+    return PhotoListViewController::storyboard({.photoDataManager = photoDataManager(),
+                                                .notificationCenter = notificationCenter_,
+                                                .mainQueue = mainQueue_,
+                                                .haptics = haptics_,
+                                                .detailStoryboard = PhotoDetailViewController::storyboard(
+                                                    {.app = App::shared(),
+                                                     .photoDataManager = photoDataManager(),
+                                                     .logManager = LogManager(clock_, console_),
+                                                     .photoLibrary = photoLibrary_,
+                                                     .mainQueue = mainQueue_,
+                                                     .console = console_,
+                                                     .haptics = haptics_,
+                                                     .urlOpener = urlOpener_,
+                                                     .storeReview = storeReview_,
+                                                     .supportAddress = appInfo_.supportAddress})});
+}
+
+std::shared_ptr<ViewController> Program::makeMainScreen()
+{
+    const auto screen = MainViewController::storyboard(
+                            {.app = App::shared(),
+                             .standardUserDefaults = defaults_,
+                             .notificationCenter = notificationCenter_,
+                             .mainQueue = mainQueue_,
+                             .queues = queues_,
+                             .clock = clock_,
+                             .console = console_,
+                             .framework = camera_,
+                             .store = *delegate_,
+                             .cameraAuthorization = camera_,
+                             .photoLibrary = photoLibrary_,
+                             .haptics = haptics_,
+                             .urlOpener = urlOpener_,
+                             .remoteConfig = remoteConfig_,
+                             .appInfo = appInfo_,
+                             .settingsStoryboard = SettingsViewController::storyboard(
+                                 {App::shared(), console_, urlOpener_, remoteConfig_, appInfo_.shortVersion}),
+                             .galleryStoryboard = galleryStoryboard()})
+                            .instantiateViewController<MainViewController>("MainViewController");
+    mainScreen_ = screen;
+    return screen;
+}
+
+void Program::didChooseCamera(const Result<bool> &isSimulated)
+{
+    if (!isSimulated) {
+        complain(couldNotStart, isSimulated.error().message);
+        if (options_.camera != "auto") // what was asked for is not there
+            QCoreApplication::exit(status_ = couldNotStart);
+        return;
+    }
+    if (const auto screen = mainScreen_.lock())
+        screen->setCameraKind(*isSimulated ? CameraKind::Simulated : CameraKind::Real);
+}
+
+/// Where the desktop has no page for what an app may do: what to do there.
+void Program::showSettingsHelp()
+{
+    const auto screen = mainScreen_.lock();
+    if (!screen)
+        return;
+    CustomPopupView::make(haptics_, {.icon = "gear",
+                                     .title = localized("Settings"),
+                                     .description = localized(settingsHelp),
+                                     .buttonTitle = localized("OK")})
+        ->show(*screen);
+}
+
+/// From the outside in: the run stops, what has been photographed is stored, the screens go, the engine
+/// stores what it has accepted, the queues close. Main serves its loop all the while.
+void Program::end()
+{
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    notificationCenter_.postNotificationName(applicationWillResignActiveNotification);
+    delegate_->window()->quickWindow().hide();
+    finishing_ = queues_.makeSerialQueue("finishing");
+    finishing_->async([this] {
+        queues_.drainGlobal();
+        mainQueue_.async([this] { closeScreens(); }); // after what the stills have reported
+    });
+}
+
+void Program::closeScreens()
+{
+    if (const auto saved = delegate_->persistentContainer().viewContext().save(); !saved)
+        console_.reportLine("What could not be stored is lost: " + saved.error().message);
+    activity_.reset();
+    scene_->sceneDidDisconnect();
+    delegate_->closeWindow();
+    finishing_.reset();
+    if (analytics_)
+        analytics_->close(mainQueue_, [this] { closeQueues(); });
+    else
+        closeQueues();
+}
+
+void Program::closeQueues()
+{
+    queues_.closeThen([this] {
+        mainQueue_.async([this] {
+            ended_ = true;
+            QCoreApplication::exit();
+        });
+    });
+}
+
+} // namespace skyflare

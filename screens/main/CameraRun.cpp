@@ -1,0 +1,143 @@
+#include "screens/main/CameraRun.h"
+
+#include "platform/base/Localization.h"
+#include "screens/main/MainPopups.h"
+
+#include <utility>
+
+namespace skyflare {
+
+namespace {
+
+// Keys of texts.
+constexpr std::string_view cameraGone = "The camera is gone. Connect it again, then tap Start.";
+constexpr std::string_view cameraUnusable =
+    "The camera does not answer. See that it is connected and that no other program uses it, then tap Start.";
+
+} // namespace
+
+void CameraRun::showPopup(CustomPopupView::Contents contents)
+{
+    CustomPopupView::make(services_.haptics, std::move(contents))->show(services_.screen);
+}
+
+void CameraRun::start()
+{
+    switch (services_.cameraAuthorization.authorizationStatus()) {
+    case CameraAuthorizationStatus::Authorized:
+        startRun();
+        break;
+    case CameraAuthorizationStatus::NotDetermined:
+        requestAccess();
+        break;
+    case CameraAuthorizationStatus::Denied:
+    case CameraAuthorizationStatus::Restricted:
+        showPopup(cameraForbiddenPopup(services_.urlOpener));
+        break;
+    }
+}
+
+void CameraRun::requestAccess()
+{
+    services_.cameraAuthorization.requestAccess(
+        [weak = weak_from_this(), mainQueue = &services_.mainQueue](bool granted) {
+            mainQueue->async([weak, granted] {
+                const auto self = weak.lock();
+                if (!self || self->isRunning_) // a second tap has asked, too
+                    return;
+                if (granted)
+                    self->startRun();
+                else
+                    self->showPopup(cameraRefusedPopup(self->services_.urlOpener));
+            });
+        });
+}
+
+void CameraRun::startRun()
+{
+    services_.status->takeBackWarning();
+    services_.screen.lightCurve()->clear();
+    toggle();
+    services_.screen.cameraBorderView()->setAlpha(1);
+    services_.captureManager->start();
+    addPreview();
+    services_.logManager.logEvent(LogEvent::StartCapture);
+
+    const auto session = services_.captureManager->captureSession();
+    if (!session || session->outputs().empty())
+        stopWithWarning(cameraUnusable); // no frame would ever come
+}
+
+void CameraRun::stop()
+{
+    emit willStop();
+    toggle();
+    services_.screen.cameraBorderView()->setAlpha(0);
+    setPreviewLayer(nullptr);
+    services_.captureManager->setRunningStatus(false);
+    if (const auto session = services_.captureManager->captureSession())
+        session->stopRunning();
+    services_.logManager.logEvent(LogEvent::StopCapture);
+}
+
+void CameraRun::stopIfRunning()
+{
+    if (isRunning_)
+        stop();
+}
+
+void CameraRun::stopWithWarning(std::string_view key)
+{
+    stop();
+    services_.status->warn(localized(key));
+}
+
+void CameraRun::toggle()
+{
+    services_.haptics.impactOccurred(ImpactFeedbackStyle::Medium);
+    isRunning_ = !isRunning_;
+    services_.screen.infoBar()->setHidden(!services_.screen.infoBar()->isHidden());
+    services_.screen.mainButton()->setText(localized(isRunning_ ? "Stop" : "Start"));
+    services_.screen.mainButton()->setSymbol(isRunning_ ? "stop" : "play");
+    emit isRunningChanged();
+}
+
+void CameraRun::addPreview()
+{
+    const auto session = services_.captureManager->captureSession();
+    if (!session) {
+        services_.console.printLine("Capture session mevcut değil.");
+        return;
+    }
+    setPreviewLayer(std::make_unique<PreviewLayer>(*session));
+}
+
+void CameraRun::setPreviewLayer(std::unique_ptr<PreviewLayer> layer)
+{
+    const auto before = std::exchange(previewLayer_, std::move(layer)); // lives until the view has let go
+    emit previewLayerChanged();
+}
+
+void CameraRun::sessionDidChange(const SessionEvent &event)
+{
+    if (!isRunning_)
+        return; // the user was first
+    switch (event.kind) {
+    case SessionEvent::Kind::Lost:
+        services_.console.reportLine(event.message);
+        stopWithWarning(cameraGone);
+        break;
+    case SessionEvent::Kind::Failed:
+        services_.console.reportLine(event.message);
+        stopWithWarning(cameraUnusable);
+        break;
+    case SessionEvent::Kind::Ended:
+        stop();
+        break;
+    case SessionEvent::Kind::Started:
+    case SessionEvent::Kind::Stopped:
+        break;
+    }
+}
+
+} // namespace skyflare

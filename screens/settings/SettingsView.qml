@@ -1,0 +1,36 @@
+import QtQuick
+import Skyflare.Settings
+import Skyflare.Ui
+
+/// The settings: their heading and the way back.
+FocusScope {
+    id: screen
+
+    required property SettingsViewController controller
+
+    focus: true
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.ground
+    }
+    LabelView {
+        objectName: "titleLabel"
+        anchors.verticalCenter: close.verticalCenter
+        x: Metrics.margin
+        width: close.x - x - 8
+        outlet: screen.controller.titleLabel
+        font.pixelSize: Metrics.headingSize
+        font.bold: true
+        Accessible.role: Accessible.Heading
+    }
+    IconButton {
+        id: close
+        objectName: "closeButton"
+        x: screen.width - width - 8
+        y: 8
+        outlet: screen.controller.closeButton
+        focus: true
+        onClicked: screen.controller.dismissButtonTapped()
+    }
+}
