@@ -25,11 +25,6 @@ bool isMissing(const Error &error)
     return error.domain == "measurement" && error.code == MeasurementReader::noDatabaseYet;
 }
 
-/// Reading an id makes none here.
-class NoRandom final : public RandomSource {
-    Result<> fill(std::span<std::uint8_t>) override { return Error{"random", 0, "not asked for"}; }
-};
-
 } // namespace
 
 std::filesystem::path AnalyticsInspection::database() const
@@ -41,8 +36,7 @@ void AnalyticsInspection::readSettings(AnalyticsStatus &status, APMMonitor &moni
 {
     status.options = APMAnalyticsOptions::load(places_.options, monitor);
     UserDefaults suiteDefaults(places_.config / apmSuiteFile, services_.console);
-    NoRandom noRandom;
-    const APMPersistedSuite suite(suiteDefaults, noRandom);
+    const APMPersistedSuite suite(suiteDefaults, services_.random);
     status.collectionChoice = suite.value(suiteKeys::analyticsCollection);
     status.appInstanceID = suite.value(suiteKeys::appInstanceID);
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "analytics/AnalyticsHost.h"
 #include "platform/base/Clock.h"
 #include "platform/base/Console.h"
 #include "watch/AnalyticsStatus.h"
 
 #include <cstdio>
 #include <filesystem>
-#include <vector>
 
 namespace skyflare {
 
@@ -20,15 +20,10 @@ public:
     struct Services {
         const Clock &clock;
         Console &console; ///< for what is wrong with a file
+        RandomSource &random;
         std::FILE *answers;
     };
-    struct Places {
-        std::filesystem::path config;
-        std::filesystem::path state;
-        std::vector<std::filesystem::path> options; ///< of Info.plist
-    };
-
-    AnalyticsInspection(const Services &services, Places places, Form form)
+    AnalyticsInspection(const Services &services, AnalyticsHost::Places places, Form form)
         : services_(services), places_(std::move(places)), form_(form)
     {
     }
@@ -39,7 +34,7 @@ public:
 
 private:
     const Services services_;
-    const Places places_;
+    const AnalyticsHost::Places places_;
     const Form form_;
 
     [[nodiscard]] std::filesystem::path database() const;

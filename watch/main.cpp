@@ -302,8 +302,9 @@ int showAnalytics(const Options &options)
 {
     const SystemClock clock;
     WatchConsole console({.lines = nullptr});
+    SystemRandom random;
     const UserDirectories directories = directoriesFor(options);
-    AnalyticsInspection inspection({.clock = clock, .console = console, .answers = stdout},
+    AnalyticsInspection inspection({.clock = clock, .console = console, .random = random, .answers = stdout},
                                    {.config = directories.config,
                                     .state = directories.state,
                                     .options = ProgramFiles::standard().deployment},

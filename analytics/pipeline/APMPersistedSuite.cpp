@@ -1,22 +1,10 @@
 #include "analytics/pipeline/APMPersistedSuite.h"
 
-#include <algorithm>
-#include <array>
+#include "platform/base/RandomIdentifier.h"
+
 #include <utility>
 
 namespace skyflare {
-
-namespace {
-
-constexpr std::string_view hexadecimalDigits = "0123456789abcdef";
-constexpr std::size_t idBytes = 16; // two digits each
-
-bool isID(std::string_view text)
-{
-    return text.size() == 2 * idBytes && text.find_first_not_of(hexadecimalDigits) == std::string_view::npos;
-}
-
-} // namespace
 
 std::optional<bool> APMPersistedSuite::value(APMSuiteKey<bool> key) const
 {
@@ -52,7 +40,7 @@ void APMPersistedSuite::setValue(std::string value, APMSuiteKey<std::string> key
 Result<std::string> APMPersistedSuite::appInstanceID()
 {
     const std::scoped_lock lock(makingID_);
-    if (auto id = value(suiteKeys::appInstanceID); id && isID(*id))
+    if (auto id = value(suiteKeys::appInstanceID); id && isRandomIdentifier(*id))
         return *std::move(id);
     return makeID();
 }
@@ -65,18 +53,13 @@ Result<std::string> APMPersistedSuite::resetAppInstanceID()
 
 Result<std::string> APMPersistedSuite::makeID()
 {
-    std::array<std::uint8_t, idBytes> bytes{};
-    if (const auto filled = random_.fill(bytes); !filled)
+    auto id = makeRandomIdentifier(random_);
+    if (!id)
         return Error{"analytics",
-                     filled.error().code,
+                     id.error().code,
                      "Cannot generate a new app instance ID",
-                     {{"cause", filled.error().message}}};
-    std::string id;
-    for (const std::uint8_t byte : bytes) {
-        id += hexadecimalDigits[byte >> 4];
-        id += hexadecimalDigits[byte & 0x0FU];
-    }
-    setValue(id, suiteKeys::appInstanceID);
+                     {{"cause", id.error().message}}};
+    setValue(*id, suiteKeys::appInstanceID);
     return id;
 }
 

@@ -34,7 +34,7 @@ APMDatabase *DatabaseKeeper::database()
 /// at every event would take all of the worker's time.
 void DatabaseKeeper::closeUnlessSound()
 {
-    if (std::exchange(isDamaged_, false)) {
+    if (std::exchange(isToBeReopened_, false)) {
         const double now = services_.clock.secondsOfUptime();
         if (now - lastDamage_ < retrySeconds)
             nextTry_ = now + retrySeconds;
@@ -54,16 +54,16 @@ Result<> DatabaseKeeper::open()
     if (const auto taken = ledgerRecord_.takeOver(**opened); !taken)
         return taken.error();
     database_ = *std::move(opened);
-    isDamaged_ = false;
+    isToBeReopened_ = false;
     ++openings_;
     return {};
 }
 
 void DatabaseKeeper::didFail(const Error &error)
 {
-    if (!database_ || isDamaged_ || !APMDatabase::isDamage(error))
+    if (!database_ || isToBeReopened_ || !APMDatabase::isDamage(error))
         return;
-    isDamaged_ = true;
+    isToBeReopened_ = true;
     writeLog(services_.monitor, measurementLog::databaseDamaged, error.description());
 }
 

@@ -35,7 +35,7 @@ public:
     void didFail(const Error &error);
     /// To be told that it is whole, but cannot be read: the next use opens it again, which makes tables that
     /// could not be made before.
-    void isIncomplete() { isDamaged_ = database_ != nullptr; }
+    void reopen() { isToBeReopened_ = database_ != nullptr; }
 
     void close() { database_.reset(); }
     [[nodiscard]] bool isOpen() const { return database_ != nullptr; }
@@ -50,7 +50,7 @@ private:
     std::uint64_t openings_ = 0;
     double nextTry_ = 0; ///< seconds of uptime
     std::string toldWhy_;
-    bool isDamaged_ = false;
+    bool isToBeReopened_ = false;
     double lastDamage_ = -std::numeric_limits<double>::infinity(); ///< seconds of uptime
 
     void closeUnlessSound();

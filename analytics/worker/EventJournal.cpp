@@ -58,7 +58,7 @@ Result<> EventJournal::beginOn(APMDatabase &database)
     if (loaded)
         return loaded;
     if (!APMDatabase::isDamage(loaded.error()))
-        services_.databases.isIncomplete();
+        services_.databases.reopen();
     return database.endTransaction(std::move(loaded));
 }
 

@@ -35,15 +35,12 @@ std::string textIn(const PropertyList::Dictionary &values, std::string_view key)
 AppInfo AppInfo::load(std::span<const std::filesystem::path> folders, Console &console)
 {
     AppInfo info;
-    const auto report = [&console](const std::filesystem::path &file, const std::string &why) {
-        console.reportLine(file.string() + " cannot be used: " + why);
-    };
-    const PropertyList::Dictionary values = readDeploymentFile(folders, infoFileName, report);
+    const PropertyList::Dictionary values = readDeploymentFile(folders, infoFileName, console);
     for (const InfoRow &row : infoRows)
         info.*row.field = textIn(values, row.key);
     if (!folders.empty())
         info.shortVersion =
-            textIn(readDeploymentFile(folders.subspan(1), infoFileName, report), shortVersionKey);
+            textIn(readDeploymentFile(folders.subspan(1), infoFileName, console), shortVersionKey);
     return info;
 }
 

@@ -22,4 +22,13 @@ readDeploymentFile(std::span<const std::filesystem::path> folders, const std::st
     return {};
 }
 
+PropertyList::Dictionary readDeploymentFile(std::span<const std::filesystem::path> folders,
+                                            const std::string &name, Console &console)
+{
+    return readDeploymentFile(folders, name,
+                              [&console](const std::filesystem::path &file, const std::string &why) {
+                                  console.reportLine(file.string() + " cannot be used: " + why);
+                              });
+}
+
 } // namespace skyflare

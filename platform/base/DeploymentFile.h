@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/base/Console.h"
 #include "platform/base/PropertyList.h"
 
 #include <filesystem>
@@ -17,5 +18,9 @@ namespace skyflare {
 PropertyList::Dictionary
 readDeploymentFile(std::span<const std::filesystem::path> folders, const std::string &name,
                    const std::function<void(const std::filesystem::path &, const std::string &why)> &report);
+
+/// The same for those who tell the user: one line for each that cannot be used.
+PropertyList::Dictionary readDeploymentFile(std::span<const std::filesystem::path> folders,
+                                            const std::string &name, Console &console);
 
 } // namespace skyflare

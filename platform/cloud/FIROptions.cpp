@@ -8,10 +8,7 @@ namespace skyflare {
 FIROptions FIROptions::load(std::span<const std::filesystem::path> folders, Console &console)
 {
     FIROptions options;
-    const auto values = readDeploymentFile(folders, "MipemeService-Info.plist",
-                                           [&console](const auto &file, const std::string &why) {
-                                               console.reportLine(file.string() + " cannot be used: " + why);
-                                           });
+    const auto values = readDeploymentFile(folders, "MipemeService-Info.plist", console);
     if (const auto found = values.find("MIPEME_APP_ID"); found != values.end())
         if (const auto *appID = found->second.as<std::string>())
             options.appID = *appID;
