@@ -54,6 +54,8 @@ public:
     Connection &operator=(const Connection &) = delete;
     ~Connection()
     {
+        asio::error_code failed;
+        socket_.close(failed); // whoever hears of the hang-up may count open files
         const std::scoped_lock lock(state_.mutex);
         ++state_.hangUps;
         state_.changed.notify_all();
