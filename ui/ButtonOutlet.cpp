@@ -17,13 +17,13 @@ void ButtonOutlet::setEnabled(bool isEnabled)
 
 void ButtonOutlet::setSymbol(std::string_view name)
 {
-    symbol_ = QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+    symbol_ = QString::fromUtf8(name);
     emit symbolChanged();
 }
 
 void ButtonOutlet::setAccessibleName(std::string_view utf8)
 {
-    accessibleName_ = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    accessibleName_ = QString::fromUtf8(utf8);
     emit accessibleNameChanged();
 }
 

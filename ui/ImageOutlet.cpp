@@ -10,7 +10,7 @@ void ImageOutlet::setImage(std::optional<Image> image)
 
 void ImageOutlet::setSymbol(std::string_view name)
 {
-    symbol_ = QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+    symbol_ = QString::fromUtf8(name);
     emit symbolChanged();
 }
 

@@ -4,7 +4,7 @@ namespace skyflare {
 
 void LabelOutlet::setText(std::string_view utf8)
 {
-    auto text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    auto text = QString::fromUtf8(utf8);
     if (text_ == text)
         return;
     text_ = std::move(text);
