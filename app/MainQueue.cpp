@@ -62,7 +62,6 @@ public:
     {
         // Never early.
         const auto wait = std::chrono::ceil<std::chrono::milliseconds>(delay);
-        // NOLINTNEXTLINE: the analyzer does not see that the timer keeps it
         QTimer::singleShot(wait, Qt::PreciseTimer, this, [this, work = std::move(work)] {
             if (!isClosed())
                 work();
