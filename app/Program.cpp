@@ -1,5 +1,6 @@
 #include "app/Program.h"
 
+#include "platform/base/LanguageName.h"
 #include "platform/base/Localization.h"
 #include "platform/camera/GstCapture.h"
 #include "platform/camera/GstSetup.h"
@@ -17,6 +18,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 namespace skyflare {
 
@@ -25,14 +27,30 @@ namespace {
 constexpr int couldNotStart = 1;
 
 /// Where the desktop has no page of settings for the app.
-constexpr std::string_view settingsHelp =
-    "Camera: your user must be allowed to open the camera's device; on most systems that takes being in the "
-    "group “video”, and logging in again. Language: Skyflare speaks the language of your desktop.";
+std::string settingsHelp()
+{
+    return localized(
+        "Camera: your user must be allowed to open the camera's device; on most systems that takes being in the "
+        "group “video”, and logging in again. Language: Skyflare speaks the language of your desktop.");
+}
 
 int complain(int status, const std::string &message)
 {
     std::fprintf(stderr, "skyflare: %s\n", message.c_str());
     return status;
+}
+
+std::vector<std::string> userLanguages()
+{
+    return preferredLanguages([](const char *name) { return std::getenv(name); });
+}
+
+/// The language of the app's texts, as the user's own calls it.
+std::string appLanguageName()
+{
+    const auto languages = userLanguages();
+    return languageName(Localization::shared().language(), languages.empty() ? "en" : languages.front())
+        .value_or(localized("Unknown"));
 }
 
 APMAppData appData()
@@ -45,7 +63,8 @@ APMAppData appData()
             .language = machine.language};
 }
 
-/// Looks for the camera, and makes ready what every camera needs; both take their time.
+} // namespace
+
 Result<CameraChoice> findCamera(const std::string &name)
 {
     auto choice =
@@ -55,31 +74,34 @@ Result<CameraChoice> findCamera(const std::string &name)
     return choice;
 }
 
-} // namespace
-
-Program::Program(const AppOptions &options, int &argc, char **argv)
+Program::Program(const AppOptions &options, int &argc, char **argv, CameraFinder cameraFinder,
+                 ProgramFiles files)
     : options_(options),
       directories_(options.dataFolder ? UserDirectories::under(*options.dataFolder)
                                       : UserDirectories::standard()),
+      files_(std::move(files)),
       application_(argc, argv),
       remoteConfig_(FIRRemoteConfig::make({.transport = transport_,
                                            .queues = queues_,
                                            .clock = clock_,
                                            .console = console_,
                                            .cacheFile = directories_.cache / "remote-config.json"})),
-      urlOpener_({.queue = queues_.globalUserInitiated(),
-                  .console = console_,
-                  .ownSettingsPage = [this] { showSettingsHelp(); }}),
-      camera_(cameraServices())
+      desktop_({.queue = queues_.globalUserInitiated(),
+                .mainQueue = mainQueue_,
+                .console = console_,
+                .stateFolder = directories_.state,
+                .appVersion = appInfo_.shortVersion,
+                .storePage = appInfo_.storePage,
+                .ownSettingsPage = [this] { showSettingsHelp(); }}),
+      camera_(cameraServices(std::move(cameraFinder)))
 {
     std::setlocale(LC_NUMERIC, "C"); // Qt has taken the user's; what we write and read has a point
     QGuiApplication::setApplicationName(QStringLiteral("skyflare"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Skyflare"));
-    QGuiApplication::setDesktopFileName(QStringLiteral("skyflare"));
+    QGuiApplication::setDesktopFileName(QString::fromLatin1(applicationId));
     prepareUserInterface();
     Localization::setShared(
-        Localization::load(files_.localization,
-                           preferredLanguages([](const char *name) { return std::getenv(name); }), console_));
+        Localization::load(files_.localization, userLanguages(), console_));
     App::setSharedServices({defaults_, notificationCenter_, console_});
 }
 
@@ -89,11 +111,11 @@ Program::~Program()
     mainQueue_.close();
 }
 
-LaunchCamera::Services Program::cameraServices()
+LaunchCamera::Services Program::cameraServices(CameraFinder cameraFinder)
 {
     return {
         .mainQueue = mainQueue_,
-        .choose = [name = options_.camera] { return findCamera(name); },
+        .choose = [find = std::move(cameraFinder), name = options_.camera] { return find(name); },
         .refusedDevice = &DeviceCameraAuthorization::refusedDevice,
         .makeFramework = [this](std::shared_ptr<CameraSource> camera) -> std::unique_ptr<CaptureFramework> {
             return std::make_unique<GstCapture>(
@@ -170,6 +192,26 @@ void Program::start()
     activity_ = std::make_unique<WindowActivity>(
         delegate_->window()->quickWindow(), notificationCenter_,
         WindowActivity::shellFor(std::getenv("XDG_CURRENT_DESKTOP"), std::getenv("PLASMA_PLATFORM")));
+    sessionActivity_ = std::make_shared<SessionActivity>(
+        notificationCenter_, [this](std::shared_ptr<const void> kept) { keepUntilStored(std::move(kept)); });
+    sessionActivity_->observe(desktop_.userSession());
+    watchStore();
+}
+
+/// What other processes do to the photos is shown; small copies that some photo has left behind go, later.
+void Program::watchStore()
+{
+    storeWatch_ = std::make_shared<StoreWatch>(
+        StoreWatch::Services{*delegate_, notificationCenter_, *storageQueue_});
+    auto watching = FileWatch::start(directories_.data, delegate_->persistentContainer().file().filename(),
+                                     [watch = storeWatch_] { watch->fileChanged(); });
+    if (watching)
+        storeFileWatch_ = *std::move(watching);
+    else
+        console_.reportLine("What others do to the photos is not seen: " + watching.error().message);
+    constexpr std::chrono::seconds whenAllIsQuiet{20};
+    storageQueue_->asyncAfter(whenAllIsQuiet,
+                              [photos = photoDataManager()]() mutable { photos.sweepThumbnails(); });
 }
 
 void Program::makeDelegate()
@@ -181,7 +223,7 @@ void Program::makeDelegate()
                               .console = console_,
                               .storageQueue = *storageQueue_,
                               .storageFolder = directories_.data,
-                              .makeWindow = [this] { return std::make_shared<Window>(&appearance_); },
+                              .makeWindow = [this] { return std::make_shared<Window>(&desktop_.appearance()); },
                               .makeFirstScreen = [this] { return makeMainScreen(); }});
     CaptureManager::setSharedServices({.mainQueue = mainQueue_,
                                        .queues = queues_,
@@ -194,7 +236,7 @@ void Program::makeDelegate()
 
 PhotoDataManager Program::photoDataManager()
 {
-    return PhotoDataManager({*delegate_, notificationCenter_, clock_, console_});
+    return PhotoDataManager({*delegate_, notificationCenter_, clock_, console_, &thumbnails_});
 }
 
 Storyboard Program::galleryStoryboard()
@@ -211,8 +253,8 @@ Storyboard Program::galleryStoryboard()
                                                      .mainQueue = mainQueue_,
                                                      .console = console_,
                                                      .haptics = haptics_,
-                                                     .urlOpener = urlOpener_,
-                                                     .storeReview = storeReview_,
+                                                     .urlOpener = desktop_.urlOpener(),
+                                                     .storeReview = desktop_.storeReview(),
                                                      .supportAddress = appInfo_.supportAddress})});
 }
 
@@ -228,14 +270,16 @@ std::shared_ptr<ViewController> Program::makeMainScreen()
                              .console = console_,
                              .framework = camera_,
                              .store = *delegate_,
+                             .thumbnails = &thumbnails_,
                              .cameraAuthorization = camera_,
                              .photoLibrary = photoLibrary_,
                              .haptics = haptics_,
-                             .urlOpener = urlOpener_,
+                             .urlOpener = desktop_.urlOpener(),
                              .remoteConfig = remoteConfig_,
                              .appInfo = appInfo_,
                              .settingsStoryboard = SettingsViewController::storyboard(
-                                 {App::shared(), console_, urlOpener_, remoteConfig_, appInfo_.shortVersion}),
+                                 {App::shared(), mainQueue_, console_, desktop_.urlOpener(), remoteConfig_,
+                                  appInfo_.shortVersion, appLanguageName()}),
                              .galleryStoryboard = galleryStoryboard()})
                             .instantiateViewController<MainViewController>("MainViewController");
     mainScreen_ = screen;
@@ -257,14 +301,23 @@ void Program::didChooseCamera(const Result<bool> &isSimulated)
 /// Where the desktop has no page for what an app may do: what to do there.
 void Program::showSettingsHelp()
 {
-    const auto screen = mainScreen_.lock();
+    const auto screen = delegate_->window() ? delegate_->window()->screens().topViewController() : nullptr;
     if (!screen)
         return;
     CustomPopupView::make(haptics_, {.icon = "gear",
                                      .title = localized("Settings"),
-                                     .description = localized(settingsHelp),
+                                     .description = settingsHelp(),
                                      .buttonTitle = localized("OK")})
         ->show(*screen);
+}
+
+/// Stills are stored on the global queue; what they report comes to main.
+void Program::keepUntilStored(std::shared_ptr<const void> kept)
+{
+    queues_.makeSerialQueue("storing")->async([this, kept = std::move(kept)] {
+        queues_.drainGlobal();
+        mainQueue_.async([kept] {});
+    });
 }
 
 /// From the outside in: the run stops, what has been photographed is stored, the screens go, the engine
@@ -286,6 +339,8 @@ void Program::closeScreens()
     if (const auto saved = delegate_->persistentContainer().viewContext().save(); !saved)
         console_.reportLine("What could not be stored is lost: " + saved.error().message);
     activity_.reset();
+    sessionActivity_.reset();
+    storeFileWatch_.reset();
     scene_->sceneDidDisconnect();
     delegate_->closeWindow();
     finishing_.reset();

@@ -3,20 +3,20 @@
 #include "analytics/AnalyticsHost.h"
 #include "app/AppDelegate.h"
 #include "app/AppOptions.h"
+#include "app/DesktopServices.h"
 #include "app/LaunchCamera.h"
 #include "app/MainQueue.h"
 #include "app/SceneDelegate.h"
+#include "app/SessionActivity.h"
 #include "app/SingleInstance.h"
 #include "app/WindowActivity.h"
 #include "platform/base/AsioQueues.h"
 #include "platform/base/StandardConsole.h"
 #include "platform/desktop/MissingHaptics.h"
 #include "platform/desktop/MissingRemoteNotifications.h"
-#include "platform/desktop/MissingStoreReview.h"
 #include "platform/desktop/MissingUserNotifications.h"
-#include "platform/linux/DesktopURLOpener.h"
+#include "platform/linux/FileWatch.h"
 #include "platform/linux/PicturesLibrary.h"
-#include "platform/linux/PortalAppearance.h"
 #include "platform/linux/ProgramFiles.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/SystemRandom.h"
@@ -24,18 +24,26 @@
 #include "platform/linux/UserDirectories.h"
 #include "platform/net/CurlTransport.h"
 #include "screens/main/MainViewController.h"
+#include "store/StoreWatch.h"
+#include "store/ThumbnailCache.h"
 
 #include <QGuiApplication>
 #include <memory>
 
 namespace skyflare {
 
+/// Finds the camera of that name, and makes ready what every camera needs. On a thread of its own.
+using CameraFinder = std::function<Result<CameraChoice>(const std::string &name)>;
+/// What the machine has, or the simulated one: chooseCamera().
+Result<CameraChoice> findCamera(const std::string &name);
+
 /// The app: what it is made of, in the order in which the parts need each other. One a process.
 ///
 /// Threads: main. Borrows the options and the arguments.
 class Program {
 public:
-    Program(const AppOptions &options, int &argc, char **argv);
+    Program(const AppOptions &options, int &argc, char **argv, CameraFinder cameraFinder = &findCamera,
+            ProgramFiles files = ProgramFiles::standard());
     ~Program();
     Program(const Program &) = delete;
     Program &operator=(const Program &) = delete;
@@ -46,7 +54,7 @@ public:
 private:
     const AppOptions &options_;
     const UserDirectories directories_;
-    const ProgramFiles files_ = ProgramFiles::standard();
+    const ProgramFiles files_;
     SystemClock clock_;
     StandardConsole console_;
     MainQueue mainQueue_;
@@ -55,6 +63,7 @@ private:
     std::unique_ptr<SingleInstance> instance_;
     AsioQueues queues_;
     const std::shared_ptr<SerialQueue> storageQueue_ = queues_.makeSerialQueue("storage");
+    ThumbnailCache thumbnails_{directories_.cache / "thumbnails", *storageQueue_};
     NotificationCenter notificationCenter_;
     UserDefaults defaults_{directories_.config / standardUserDefaultsFile, console_};
     SystemRandom random_;
@@ -66,29 +75,32 @@ private:
     MissingUserNotifications notifications_{mainQueue_, "notifications are not set up"};
     MissingRemoteNotifications remoteNotifications_{mainQueue_, "push messages are not set up"};
     MissingHaptics haptics_;
-    MissingStoreReview storeReview_;
     PicturesLibrary photoLibrary_{directories_.pictures, queues_.globalUserInitiated()};
-    DesktopURLOpener urlOpener_;
-    PortalAppearance appearance_;
+    DesktopServices desktop_;
     LaunchCamera camera_;
     std::unique_ptr<AppDelegate> delegate_;
     std::weak_ptr<MainViewController> mainScreen_;
     std::unique_ptr<SceneDelegate> scene_;
     std::unique_ptr<WindowActivity> activity_;
+    std::shared_ptr<SessionActivity> sessionActivity_;
+    std::shared_ptr<StoreWatch> storeWatch_;
+    std::unique_ptr<FileWatch> storeFileWatch_;
     std::shared_ptr<SerialQueue> finishing_;
     int status_ = 0;
     bool ended_ = false;
 
-    LaunchCamera::Services cameraServices();
+    LaunchCamera::Services cameraServices(CameraFinder cameraFinder);
     void registerComponents();
     bool isFirst();
     void start();
     void makeDelegate();
+    void watchStore();
     [[nodiscard]] PhotoDataManager photoDataManager();
     [[nodiscard]] Storyboard galleryStoryboard();
     std::shared_ptr<ViewController> makeMainScreen();
     void didChooseCamera(const Result<bool> &isSimulated);
     void showSettingsHelp();
+    void keepUntilStored(std::shared_ptr<const void> kept);
 
     void end();
     void closeScreens();

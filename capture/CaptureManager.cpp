@@ -268,7 +268,9 @@ bool CaptureManager::capturePhoto()
         const auto manager = weak.lock();
         if (!manager)
             return;
-        output->capturePhoto(CapturePhotoSettings{}, manager);
+        using SmallCopy = CapturePhotoSettings::SmallCopy;
+        const bool isOfUse = manager->services_.photoDataManager.keepsThumbnails();
+        output->capturePhoto({.smallCopy = isOfUse ? SmallCopy::Yes : SmallCopy::No}, manager);
         manager->services_.console.printLine("Fotoğraf çekme işlemi başlatıldı.");
     });
     return true;
@@ -299,12 +301,14 @@ void CaptureManager::didFinishProcessingPhoto(const CapturePhoto &photo,
 {
     // Deliberate: whether there is a photo decides, not the error.
     const auto encoded = photo.fileDataRepresentation();
-    const auto image = encoded ? Image::fromData(std::make_shared<MemoryBytes>(encoded))
-                               : Result<Image>(Error{"camera", 0, "the photo has no data"});
+    auto image = encoded ? Image::fromData(std::make_shared<MemoryBytes>(encoded))
+                         : Result<Image>(Error{"camera", 0, "the photo has no data"});
     if (!image) {
         services_.console.printLine("Fotoğraf verisi alınamadı.");
         return;
     }
+    if (photo.smallCopy)
+        image = image->withReduced(std::make_shared<ReducedInMemory>(photo.smallCopy));
     services_.photoDataManager.saveImage(*image);
     const std::int64_t totalPhotos = services_.photoDataManager.photoCount();
 

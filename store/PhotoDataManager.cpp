@@ -18,6 +18,21 @@ FetchRequest photoRequest()
     return {.entityName = photoEntityName};
 }
 
+FetchRequest requestFor(std::string uuid)
+{
+    FetchRequest request = photoRequest();
+    request.predicate = {photoKeys::uuid, std::move(uuid)};
+    return request;
+}
+
+/// Before the photo is stored: whoever sees it there finds its copy.
+void keepSmallCopy(const Image &image, const std::shared_ptr<const ReducedPicture> &place)
+{
+    const auto copy = image.reducedPicture() ? image.reducedPicture()->read() : nullptr;
+    if (copy && place)
+        place->write(copy);
+}
+
 } // namespace
 
 void PhotoDataManager::saveImage(const Image &image)
@@ -27,7 +42,10 @@ void PhotoDataManager::saveImage(const Image &image)
     // A photo that cannot be encoded is stored all the same, without data.
     if (auto png = image.pngData())
         photo->setValue(std::make_shared<const MemoryBytes>(*std::move(png)), photoKeys::photoData);
-    photo->setValue(makeUuid(), photoKeys::uuid);
+    const std::string uuid = makeUuid();
+    if (services_.thumbnails)
+        keepSmallCopy(image, services_.thumbnails->reducedPicture(uuid));
+    photo->setValue(uuid, photoKeys::uuid);
     photo->setValue(services_.clock.secondsSince1970(), photoKeys::createdDate);
     if (const auto saved = context.save(); !saved) {
         services_.console.printLine("Failed to save image: " + saved.error().description());
@@ -48,8 +66,12 @@ std::vector<PhotoModel> PhotoDataManager::fetchImages(int limit)
     }
     std::vector<PhotoModel> photos;
     for (const auto &object : *objects) {
-        if (auto photo = photoModel(*object))
-            photos.push_back(*std::move(photo));
+        auto photo = photoModel(*object);
+        if (!photo)
+            continue;
+        if (services_.thumbnails)
+            photo->image = photo->image.withReduced(services_.thumbnails->reducedPicture(photo->uuid));
+        photos.push_back(*std::move(photo));
     }
     return photos;
 }
@@ -67,8 +89,7 @@ std::int64_t PhotoDataManager::photoCount()
 void PhotoDataManager::deletePhoto(std::string_view uuid)
 {
     ManagedObjectContext &context = services_.delegate.persistentContainer().viewContext();
-    FetchRequest request = photoRequest();
-    request.predicate = {photoKeys::uuid, std::string(uuid)};
+    FetchRequest request = requestFor(std::string(uuid));
     request.includesPropertyValues = false; // to delete them it is enough to know them
     const auto deleted = [&]() -> Result<> {
         auto objects = context.executeFetchRequest(request);
@@ -82,6 +103,8 @@ void PhotoDataManager::deletePhoto(std::string_view uuid)
         services_.console.printLine("Failed to delete photo: " + deleted.error().description());
         return;
     }
+    if (services_.thumbnails)
+        services_.thumbnails->remove(uuid);
     services_.notificationCenter.postNotificationName(countDidChange);
 }
 
@@ -95,7 +118,19 @@ void PhotoDataManager::deleteAllPhotos()
         services_.console.printLine("Failed to delete all photos: " + deleted.error().description());
         return;
     }
+    sweepThumbnails();
     services_.notificationCenter.postNotificationName(countDidChange);
+}
+
+void PhotoDataManager::sweepThumbnails()
+{
+    if (!services_.thumbnails)
+        return;
+    services_.thumbnails->sweep([&delegate = services_.delegate](const std::string &uuid) {
+        const auto count =
+            delegate.persistentContainer().viewContext().countForFetchRequest(requestFor(uuid));
+        return !count || *count > 0;
+    });
 }
 
 } // namespace skyflare

@@ -5,6 +5,7 @@
 #include "platform/base/NotificationCenter.h"
 #include "store/PersistentContainerProvider.h"
 #include "store/PhotoModel.h"
+#include "store/ThumbnailCache.h"
 
 #include <cstdint>
 #include <string_view>
@@ -30,11 +31,12 @@ public:
         NotificationCenter &notificationCenter;
         const Clock &clock;
         Console &console;
+        ThumbnailCache *thumbnails = nullptr; ///< from which photos are shown small; null: from themselves
     };
 
     explicit PhotoDataManager(const Services &services) : services_(services) {}
 
-    /// Stores `image` as PNG with a new identity and the current date.
+    /// Stores `image` as PNG with a new identity and the current date; its small copy goes into the cache.
     void saveImage(const Image &image);
 
     /// The newest photos first, `limit` at most; 0 means all. Photos that are damaged or lack a part are
@@ -48,6 +50,11 @@ public:
 
     /// Deletes what is in the store. Answers at once; the disk space comes back little by little.
     void deleteAllPhotos();
+
+    /// Whether it is of use that a photo to be saved comes with a small copy.
+    [[nodiscard]] bool keepsThumbnails() const { return services_.thumbnails != nullptr; }
+    /// Removes small copies whose photo is gone, in the background.
+    void sweepThumbnails();
 
 private:
     Services services_;

@@ -1,6 +1,9 @@
 #include "ui/PhotoView.h"
 
+#include <QElapsedTimer>
+#include <QThread>
 #include <QThreadPool>
+#include <algorithm>
 #include <cmath>
 #include <mutex>
 
@@ -8,16 +11,34 @@ namespace skyflare {
 
 namespace {
 
+/// As the screen has it, so that nothing is left to be converted on main.
 QImage toImage(const PixelBuffer &pixels)
 {
-    QImage image(pixels.width, pixels.height, QImage::Format_RGB32);
-    for (int y = 0; y < pixels.height; ++y) {
-        const auto rgb = pixels.row(y);
-        auto *row = reinterpret_cast<QRgb *>(image.scanLine(y));
-        for (std::size_t x = 0; x < static_cast<std::size_t>(pixels.width); ++x)
-            row[x] = qRgb(rgb[x * 3], rgb[x * 3 + 1], rgb[x * 3 + 2]);
-    }
-    return image;
+    return QImage(pixels.rgb.data(), pixels.width, pixels.height, static_cast<qsizetype>(pixels.rowBytes()),
+                  QImage::Format_RGB888)
+        .convertToFormat(QImage::Format_RGB32);
+}
+
+/// For the photos of all views. Each decodes with the bytes of a whole photo in memory: a few at a time.
+QThreadPool &photoThreads()
+{
+    constexpr int mostAtOnce = 4;
+    static QThreadPool pool;
+    pool.setMaxThreadCount(std::min(QThread::idealThreadCount(), mostAtOnce));
+    return pool;
+}
+
+/// Of what is asked for from now on. Later is higher, for it is what is looked at now; what is asked for in
+/// one breath, like a screen full of photos, is done in its order.
+int priorityNow()
+{
+    constexpr qint64 breathMs = 100;
+    static const QElapsedTimer sinceFirst = [] {
+        QElapsedTimer timer;
+        timer.start();
+        return timer;
+    }();
+    return static_cast<int>(sinceFirst.elapsed() / breathMs);
 }
 
 } // namespace
@@ -26,6 +47,7 @@ QImage toImage(const PixelBuffer &pixels)
 struct PhotoView::Request {
     Image image;
     QSize box;
+    int priority = priorityNow();
     std::mutex mutex;
     PhotoView *view; ///< nullptr once given up
 
@@ -35,6 +57,26 @@ struct PhotoView::Request {
     {
         const std::scoped_lock lock(mutex);
         return view != nullptr;
+    }
+    /// What there is at once, if that is not all; the rest when no one waits for the like.
+    static void begin(const std::shared_ptr<Request> &request)
+    {
+        if (!request->isWanted())
+            return;
+        const auto quick = request->image.quickThumbnail(request->box.width(), request->box.height());
+        if (!quick) {
+            request->finish();
+            return;
+        }
+        request->deliver(toImage(*quick));
+        photoThreads().start([request] { request->finish(); }, 2 * request->priority);
+    }
+    void finish()
+    {
+        if (!isWanted())
+            return;
+        const auto pixels = image.thumbnail(box.width(), box.height());
+        deliver(pixels ? toImage(*pixels) : QImage());
     }
     void deliver(QImage picture)
     {
@@ -132,12 +174,7 @@ void PhotoView::decode()
         return;
     giveUp();
     request_ = std::make_shared<Request>(*outlet_->image(), box, this);
-    QThreadPool::globalInstance()->start([request = request_] {
-        if (!request->isWanted())
-            return;
-        const auto pixels = request->image.thumbnail(request->box.width(), request->box.height());
-        request->deliver(pixels ? toImage(*pixels) : QImage());
-    });
+    photoThreads().start([request = request_] { Request::begin(request); }, 2 * request_->priority + 1);
 }
 
 void PhotoView::giveUp()

@@ -8,8 +8,8 @@
 
 namespace skyflare {
 
-/// Shows the photo of an ImageOutlet, decoded off main at the size at which it is seen. Until it is there,
-/// what was shown before stays.
+/// Shows the photo of an ImageOutlet, decoded off main at the size at which it is seen; from its small copy
+/// first, where that is there and does not suffice. Until then, what was shown before stays.
 ///
 /// Threads: main.
 class PhotoView : public skyflare::PictureItem {
@@ -33,7 +33,7 @@ public:
 signals:
     void outletChanged();
     void fillModeChanged();
-    void pictureChanged(); ///< the photo that was asked for is there
+    void pictureChanged(); ///< the photo that was asked for is there, or a coarser picture of it
 
 protected:
     void updatePolish() override;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/camera/FramePreview.h"
-#include "ui/PictureScaler.h"
+#include "platform/image/PictureScaler.h"
 
 #include <QImage>
 #include <QSize>

@@ -64,13 +64,14 @@ bool writeAll(int number, std::span<const std::uint8_t> bytes)
     return true;
 }
 
-/// Writes a new file and waits until the disk has it. Leaves nothing behind when it fails.
-Result<> writeSynced(const fs::path &path, std::span<const std::uint8_t> bytes)
+/// Writes a new file, and waits until the disk has it. Leaves nothing behind when it fails.
+Result<> writeNew(const fs::path &path, std::span<const std::uint8_t> bytes, Durability durability)
 {
     Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL);
     if (!file.isOpen())
         return fileError("cannot create", path, errno);
-    if (writeAll(file.number(), bytes) && ::fsync(file.number()) == 0 && file.closes())
+    const auto isSafe = [&] { return durability == Durability::None || ::fsync(file.number()) == 0; };
+    if (writeAll(file.number(), bytes) && isSafe() && file.closes())
         return {};
     const int code = errno;
     ::unlink(path.c_str());
@@ -119,7 +120,7 @@ Result<Bytes> readFile(const fs::path &path)
     return bytes;
 }
 
-Result<> replaceFile(const fs::path &path, std::span<const std::uint8_t> bytes)
+Result<> replaceFile(const fs::path &path, std::span<const std::uint8_t> bytes, Durability durability)
 {
     const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
     std::error_code failure;
@@ -129,14 +130,14 @@ Result<> replaceFile(const fs::path &path, std::span<const std::uint8_t> bytes)
 
     const fs::path temporary = temporaryName(folder);
     ::unlink(temporary.c_str()); // of a killed process that had our number
-    if (auto written = writeSynced(temporary, bytes); !written)
+    if (auto written = writeNew(temporary, bytes, durability); !written)
         return written;
     if (::rename(temporary.c_str(), path.c_str()) != 0) {
         const int code = errno;
         ::unlink(temporary.c_str());
         return fileError("cannot replace", path, code);
     }
-    return syncFolder(folder);
+    return durability == Durability::None ? Result<>() : syncFolder(folder);
 }
 
 } // namespace skyflare

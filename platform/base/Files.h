@@ -11,8 +11,14 @@ namespace skyflare {
 /// Reads a whole file. The error names the path and says why.
 Result<Bytes> readFile(const std::filesystem::path &path);
 
+enum class Durability { Synced, None };
+
 /// Puts `bytes` at `path` so that a crash at any moment leaves the old file or the new one, whole:
 /// a temporary name in the same folder, synced, renamed, the folder synced. Makes missing folders.
-Result<> replaceFile(const std::filesystem::path &path, std::span<const std::uint8_t> bytes);
+/// @param durability  None: readers find one of the two as well, but after a crash it may be damaged. For
+/// what
+///                    can be made again.
+Result<> replaceFile(const std::filesystem::path &path, std::span<const std::uint8_t> bytes,
+                     Durability durability = Durability::Synced);
 
 } // namespace skyflare

@@ -4,6 +4,7 @@
 
 #include <unicode/uldnames.h>
 #include <unicode/unistr.h>
+#include <unicode/ures.h>
 
 #include <array>
 
@@ -12,11 +13,22 @@ namespace skyflare {
 namespace {
 
 using DisplayNames = Handle<ULocaleDisplayNames, &uldn_close>;
+using Resources = Handle<UResourceBundle, &ures_close>;
+
+/// Of a locale that it does not know ICU speaks as if it were the process's own.
+bool isKnown(const std::string &locale)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const Resources resources(ures_open(nullptr, locale.c_str(), &status));
+    return U_SUCCESS(status) && status != U_USING_DEFAULT_WARNING;
+}
 
 } // namespace
 
 std::optional<std::string> languageName(const std::string &language, const std::string &inLocale)
 {
+    if (!isKnown(inLocale))
+        return std::nullopt;
     // Without a name ICU answers with the code itself, unless it is told to fail.
     std::array<UDisplayContext, 2> contexts{UDISPCTX_CAPITALIZATION_FOR_UI_LIST_OR_MENU,
                                             UDISPCTX_NO_SUBSTITUTE};

@@ -56,12 +56,16 @@ private:
     bool alwaysDiscardsLateVideoFrames_ = true;
 };
 
-/// What a photo should be like. Nothing to choose yet: the full resolution of the running stream.
-struct CapturePhotoSettings {};
+/// What a photo should be like. Its size is the full resolution of the running stream.
+struct CapturePhotoSettings {
+    enum class SmallCopy { No, Yes };
+    SmallCopy smallCopy = SmallCopy::No; ///< whether it comes with one, as ReducedPicture has it
+};
 
 /// One photo as the camera gave it.
 struct CapturePhoto {
-    std::shared_ptr<const Bytes> encoded; ///< PNG or JPEG; empty pointer where the capture failed
+    std::shared_ptr<const Bytes> encoded;     ///< PNG or JPEG; empty pointer where the capture failed
+    std::shared_ptr<const Bytes> smallCopy{}; ///< JPEG; empty pointer where there is none
 
     /// The encoded still, nothing where there is none.
     [[nodiscard]] std::shared_ptr<const Bytes> fileDataRepresentation() const { return encoded; }

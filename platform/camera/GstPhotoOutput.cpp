@@ -2,7 +2,7 @@
 
 namespace skyflare {
 
-void GstPhotoOutput::capturePhoto(const CapturePhotoSettings & /*settings*/,
+void GstPhotoOutput::capturePhoto(const CapturePhotoSettings &settings,
                                   std::shared_ptr<PhotoCaptureDelegate> delegate)
 {
     std::shared_ptr<StillRequests> requests;
@@ -11,7 +11,7 @@ void GstPhotoOutput::capturePhoto(const CapturePhotoSettings & /*settings*/,
         requests = requests_;
     }
     if (requests)
-        requests->request(std::move(delegate));
+        requests->request(settings, std::move(delegate));
     else
         delegate->didFinishProcessingPhoto({}, Error{"camera", 0, "the camera is not running"});
 }

@@ -23,20 +23,27 @@ void fail(PhotoCaptureDelegate &delegate, const std::string &why)
     delegate.didFinishProcessingPhoto({}, Error{"camera", 0, why});
 }
 
-/// The frame is let go of before the delegate is called, which may take its time.
-void answer(PhotoCaptureDelegate &delegate, VideoFrame frame)
-{
-    auto encoded = encodeStill(frame);
-    frame = {};
-    if (encoded)
-        delegate.didFinishProcessingPhoto({std::make_shared<const Bytes>(std::move(*encoded))}, {});
-    else
-        delegate.didFinishProcessingPhoto({}, encoded.error());
-}
-
 } // namespace
 
-void StillRequests::request(std::shared_ptr<PhotoCaptureDelegate> delegate)
+/// The frame is let go of before the delegate is called, which may take its time.
+void StillRequests::answer(const Request &request, VideoFrame frame)
+{
+    auto encoded = encodeStill(frame);
+    if (!encoded) {
+        request.delegate->didFinishProcessingPhoto({}, encoded.error());
+        return;
+    }
+    CapturePhoto photo{.encoded = std::make_shared<const Bytes>(std::move(*encoded))};
+    if (request.settings.smallCopy == CapturePhotoSettings::SmallCopy::Yes) {
+        if (auto copy = encodeReduced(frame)) // else it is made later, if ever it is wanted
+            photo.smallCopy = *std::move(copy);
+    }
+    frame = {};
+    request.delegate->didFinishProcessingPhoto(photo, {});
+}
+
+void StillRequests::request(const CapturePhotoSettings &settings,
+                            std::shared_ptr<PhotoCaptureDelegate> delegate)
 {
     std::unique_lock lock(mutex_);
     if (closed_) {
@@ -46,9 +53,9 @@ void StillRequests::request(std::shared_ptr<PhotoCaptureDelegate> delegate)
     } else if (held_) {
         VideoFrame frame = *held_;
         lock.unlock();
-        answer(*delegate, std::move(frame));
+        answer({settings, std::move(delegate)}, std::move(frame));
     } else {
-        waiting_.push_back(std::move(delegate));
+        waiting_.push_back({settings, std::move(delegate)});
     }
 }
 
@@ -56,7 +63,7 @@ void StillRequests::offer(const VideoFrame &frame)
 {
     if (!frame.hasImageBuffer())
         return;
-    std::vector<Delegate> taking;
+    std::vector<Request> taking;
     {
         const std::scoped_lock lock(mutex_);
         for (; !waiting_.empty() && underWay_ < stillsAtOnce; ++underWay_) {
@@ -69,8 +76,8 @@ void StillRequests::offer(const VideoFrame &frame)
     // A camera has four to eight buffers and goes silent without a free one: it gets this one back now, not
     // when the picture has been encoded. The copy of 18 MB takes a few ms.
     const VideoFrame own = copied(frame);
-    for (Delegate &delegate : taking)
-        encodeLater(own, std::move(delegate));
+    for (Request &request : taking)
+        encodeLater(own, std::move(request));
 }
 
 void StillRequests::hold(const VideoFrame &frame)
@@ -92,25 +99,25 @@ void StillRequests::close(const std::string &why)
     if (closed_)
         return;
     closed_ = why;
-    for (Delegate &delegate : waiting_)
-        failLater(std::move(delegate), why);
+    for (Request &request : waiting_)
+        failLater(std::move(request), why);
     waiting_.clear();
 }
 
-void StillRequests::encodeLater(const VideoFrame &frame, Delegate delegate)
+void StillRequests::encodeLater(const VideoFrame &frame, Request request)
 {
     auto work = [self = shared_from_this(), frame = VideoFrame(frame),
-                 delegate = std::move(delegate)]() mutable {
-        answer(*delegate, std::exchange(frame, {}));
+                 request = std::move(request)]() mutable {
+        answer(request, std::exchange(frame, {}));
         const std::scoped_lock lock(self->mutex_);
         --self->underWay_;
     };
     encodingQueue_.async(std::move(work));
 }
 
-void StillRequests::failLater(Delegate delegate, const std::string &why)
+void StillRequests::failLater(Request request, const std::string &why)
 {
-    encodingQueue_.async([delegate = std::move(delegate), why] { fail(*delegate, why); });
+    encodingQueue_.async([request = std::move(request), why] { fail(*request.delegate, why); });
 }
 
 } // namespace skyflare

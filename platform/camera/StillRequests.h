@@ -23,7 +23,7 @@ public:
 
     /// While a frame is held: encodes that one and answers before it returns. Else the next whole frame is
     /// taken, and the answer comes from the encoding queue. After close(): answers with an error.
-    void request(std::shared_ptr<PhotoCaptureDelegate> delegate);
+    void request(const CapturePhotoSettings &settings, std::shared_ptr<PhotoCaptureDelegate> delegate);
 
     /// A frame has come: whoever waits takes it.
     void offer(const VideoFrame &frame);
@@ -36,14 +36,18 @@ public:
     void close(const std::string &why);
 
 private:
-    using Delegate = std::shared_ptr<PhotoCaptureDelegate>;
+    struct Request {
+        CapturePhotoSettings settings;
+        std::shared_ptr<PhotoCaptureDelegate> delegate;
+    };
 
-    void encodeLater(const VideoFrame &frame, Delegate delegate);
-    void failLater(Delegate delegate, const std::string &why);
+    static void answer(const Request &request, VideoFrame frame);
+    void encodeLater(const VideoFrame &frame, Request request);
+    void failLater(Request request, const std::string &why);
 
     DispatchQueue &encodingQueue_;
     std::mutex mutex_;
-    std::deque<Delegate> waiting_;
+    std::deque<Request> waiting_;
     std::optional<VideoFrame> held_;
     int underWay_ = 0;
     std::optional<std::string> closed_; ///< why

@@ -1,29 +1,36 @@
 #include "platform/image/AreaReducer.h"
 
 #include <algorithm>
+#include <array>
 
 namespace skyflare {
 
 // A picture W pixels wide is laid over a result w pixels wide by cutting each of its pixels into w parts and
 // each pixel of the result into W: then all parts are of one size, and all sums are whole numbers. A pixel of
 // the result sums up to 255 × W × H, far below 2^64.
+//
+// Rows are summed first, for that is the larger part of the work and the same for each byte: the ones that
+// lie whole in a row of the result in 16 bits, and weighed all at once.
 
 AreaReducer::AreaReducer(int width, int height, int reducedWidth, int reducedHeight)
     : width_(static_cast<std::uint64_t>(width)),
       height_(static_cast<std::uint64_t>(height)),
       result_(PixelBuffer::ofSize(std::clamp(reducedWidth, 1, width), std::clamp(reducedHeight, 1, height))),
-      row_(result_.rowBytes()),
-      sum_(result_.rowBytes())
+      whole_(static_cast<std::size_t>(width) * 3),
+      sum_(whole_.size())
 {
 }
 
 void AreaReducer::addRow(std::span<const std::uint8_t> rgb)
 {
-    reduceRow(rgb);
-    std::uint64_t left = static_cast<std::uint64_t>(result_.height);
+    const auto parts = static_cast<std::uint64_t>(result_.height); // of a row of the picture
+    std::uint64_t left = parts;
     while (left > 0 && nextRow_ < result_.height) {
         const std::uint64_t weight = std::min(left, height_ - rowFilled_);
-        addWeighted(weight);
+        if (weight == parts)
+            addWhole(rgb);
+        else
+            addWeighted(rgb, static_cast<std::uint32_t>(weight));
         left -= weight;
         rowFilled_ += weight;
         if (rowFilled_ == height_)
@@ -31,47 +38,59 @@ void AreaReducer::addRow(std::span<const std::uint8_t> rgb)
     }
 }
 
-void AreaReducer::reduceRow(std::span<const std::uint8_t> rgb)
+void AreaReducer::addWhole(std::span<const std::uint8_t> rgb)
 {
-    const auto parts = static_cast<std::uint64_t>(result_.width); // of a pixel of the picture
-    std::size_t x = 0;                                            // the pixel of the picture
-    std::uint64_t left = parts;                                   // its parts that are not summed yet
-    for (std::size_t i = 0; i < row_.size(); i += 3) {
-        std::uint64_t wanted = width_;
-        std::uint64_t red = 0;
-        std::uint64_t green = 0;
-        std::uint64_t blue = 0;
-        while (wanted > 0) {
-            const std::uint64_t weight = std::min(left, wanted);
-            red += weight * rgb[3 * x];
-            green += weight * rgb[3 * x + 1];
-            blue += weight * rgb[3 * x + 2];
-            wanted -= weight;
-            left -= weight;
-            if (left == 0) {
-                left = parts;
-                ++x;
-            }
-        }
-        row_[i] = red;
-        row_[i + 1] = green;
-        row_[i + 2] = blue;
-    }
+    constexpr int mostRows = 65535 / 255;
+    if (wholeRows_ == mostRows)
+        weighWhole();
+    ++wholeRows_;
+    std::uint16_t *sums = whole_.data();
+    for (std::size_t i = 0; i < whole_.size(); ++i)
+        sums[i] = static_cast<std::uint16_t>(sums[i] + rgb[i]);
 }
 
-void AreaReducer::addWeighted(std::uint64_t weight)
+void AreaReducer::weighWhole()
 {
-    for (std::size_t i = 0; i < row_.size(); ++i)
-        sum_[i] += weight * row_[i];
+    const auto weight = static_cast<std::uint32_t>(result_.height);
+    for (std::size_t i = 0; i < whole_.size(); ++i)
+        sum_[i] += whole_[i] * weight;
+    std::fill(whole_.begin(), whole_.end(), std::uint16_t{0});
+    wholeRows_ = 0;
+}
+
+void AreaReducer::addWeighted(std::span<const std::uint8_t> rgb, std::uint32_t weight)
+{
+    std::uint32_t *sums = sum_.data();
+    for (std::size_t i = 0; i < sum_.size(); ++i)
+        sums[i] += rgb[i] * weight;
 }
 
 void AreaReducer::finishRow()
 {
+    if (wholeRows_ > 0)
+        weighWhole();
     const std::uint64_t area = width_ * height_;
+    const auto parts = static_cast<std::uint64_t>(result_.width); // of a column of the picture
     const auto row = result_.row(nextRow_);
-    for (std::size_t i = 0; i < row.size(); ++i)
-        row[i] = static_cast<std::uint8_t>((sum_[i] + area / 2) / area);
-    std::fill(sum_.begin(), sum_.end(), std::uint64_t{0});
+    const std::uint32_t *column = sum_.data();
+    std::uint64_t left = parts; // of that column; never 0
+    for (std::size_t i = 0; i < row.size(); i += 3) {
+        const std::uint32_t *const first = column;
+        column += 3;
+        std::uint64_t wanted = width_ - left;
+        std::array<std::uint64_t, 3> whole{};
+        for (; wanted >= parts; wanted -= parts, column += 3) {
+            for (std::size_t channel = 0; channel < 3; ++channel)
+                whole[channel] += column[channel];
+        }
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+            const std::uint64_t last = wanted > 0 ? wanted * column[channel] : 0;
+            const std::uint64_t sum = left * first[channel] + parts * whole[channel] + last;
+            row[i + channel] = static_cast<std::uint8_t>((sum + area / 2) / area);
+        }
+        left = parts - wanted;
+    }
+    std::fill(sum_.begin(), sum_.end(), std::uint32_t{0});
     rowFilled_ = 0;
     ++nextRow_;
 }

@@ -25,13 +25,15 @@ private:
     const std::uint64_t width_;
     const std::uint64_t height_;
     PixelBuffer result_;
-    int nextRow_ = 0;                ///< of the result
-    std::uint64_t rowFilled_ = 0;    ///< how much of it is there, of height_ parts
-    std::vector<std::uint64_t> row_; ///< one row of the picture, summed over each pixel of the result
-    std::vector<std::uint64_t> sum_; ///< the same for the rows of a row of the result
+    int nextRow_ = 0;                  ///< of the result
+    std::uint64_t rowFilled_ = 0;      ///< how much of it is there, of height_ parts
+    std::vector<std::uint16_t> whole_; ///< rows of the picture that lie whole in that row, summed
+    int wholeRows_ = 0;                ///< that are in it
+    std::vector<std::uint32_t> sum_;   ///< the other rows, each by how much of it counts: up to 255 × height
 
-    void reduceRow(std::span<const std::uint8_t> rgb);
-    void addWeighted(std::uint64_t weight);
+    void addWhole(std::span<const std::uint8_t> rgb);
+    void weighWhole();
+    void addWeighted(std::span<const std::uint8_t> rgb, std::uint32_t weight);
     void finishRow();
 };
 

@@ -2,6 +2,7 @@
 
 #include "platform/image/JpegDecoder.h"
 #include "platform/image/PictureHeader.h"
+#include "platform/image/PlainPngDecoder.h"
 #include "platform/image/PngDecoder.h"
 
 #include <algorithm>
@@ -15,13 +16,8 @@ struct Image::Contents {
 
 namespace {
 
-struct Size {
-    int width;
-    int height;
-};
-
 /// The largest size of the picture's shape that fits into the box, each side at least 1.
-Size fitted(const PictureHeader &picture, Size box)
+PictureSize fitted(PictureSize picture, PictureSize box)
 {
     const std::int64_t width = picture.width;
     const std::int64_t height = picture.height;
@@ -36,7 +32,7 @@ Size fitted(const PictureHeader &picture, Size box)
 }
 
 /// The smallest size, in eighths, at which a JPEG decodes to no less than `wanted`.
-int eighthsFor(const PictureHeader &picture, Size wanted)
+int eighthsFor(const PictureHeader &picture, PictureSize wanted)
 {
     for (const int eighths : {1, 2, 4}) {
         if (picture.width * std::int64_t{eighths} >= std::int64_t{8} * wanted.width &&
@@ -55,12 +51,15 @@ template <typename Decoder> Result<std::unique_ptr<RowDecoder>> asRowDecoder(Res
 
 Result<std::unique_ptr<RowDecoder>> openDecoder(PictureHeader::Kind kind, const Bytes &encoded, int eighths)
 {
-    if (kind == PictureHeader::Kind::Png)
+    if (kind == PictureHeader::Kind::Png) {
+        if (auto plain = PlainPngDecoder::open(encoded))
+            return std::unique_ptr<RowDecoder>(std::move(plain));
         return asRowDecoder(PngDecoder::open(encoded));
+    }
     return asRowDecoder(JpegDecoder::open(encoded, {.eighths = eighths}));
 }
 
-Result<PixelBuffer> reduceAllRows(RowDecoder &decoder, Size size)
+Result<PixelBuffer> reduceAllRows(RowDecoder &decoder, PictureSize size)
 {
     AreaReducer reducer(decoder.width(), decoder.height(), size.width, size.height);
     Bytes row(static_cast<std::size_t>(decoder.width()) * 3);
@@ -123,16 +122,66 @@ Result<PixelBuffer> Image::pixels() const
     return decodeAllRows(**decoder);
 }
 
-Result<PixelBuffer> Image::thumbnail(int maxWidth, int maxHeight) const
+Result<PixelBuffer> Image::decodeAt(PictureSize size) const
 {
     const auto encoded = contents_->encoded->readAll();
     if (!encoded)
         return encoded.error();
-    const Size size = fitted(contents_->header, {maxWidth, maxHeight});
     const auto decoder = openDecoder(contents_->header.kind, **encoded, eighthsFor(contents_->header, size));
     if (!decoder)
         return decoder.error();
-    return reduceAllRows(**decoder, size);
+    const bool isAsLarge = size == PictureSize{(*decoder)->width(), (*decoder)->height()};
+    return isAsLarge ? decodeAllRows(**decoder) : reduceAllRows(**decoder, size);
+}
+
+/// Nothing where the copy is missing, damaged, or of another size than it should be.
+std::optional<PixelBuffer> Image::fromReduced(PictureSize size) const
+{
+    const auto bytes = reduced_->read();
+    if (!bytes)
+        return {};
+    const auto copy = fromData(std::make_shared<const MemoryBytes>(bytes));
+    if (!copy || copy->size() != copySize())
+        return {};
+    auto pixels = copy->decodeAt(size);
+    return pixels ? std::optional(*std::move(pixels)) : std::nullopt;
+}
+
+/// The size of the small copy that there may be of a picture; of none, nothing.
+std::optional<PictureSize> Image::copySize() const
+{
+    return reduced_ ? reducedSize(size()) : std::nullopt;
+}
+
+Result<PixelBuffer> Image::thumbnail(int maxWidth, int maxHeight) const
+{
+    const PictureSize wanted = fitted(size(), {maxWidth, maxHeight});
+    const auto available = copySize();
+    if (!available || !wanted.fitsInto(*available))
+        return decodeAt(wanted);
+    if (auto pixels = fromReduced(wanted))
+        return *std::move(pixels);
+    auto copy = decodeAt(*available);
+    if (!copy)
+        return copy.error();
+    if (auto jpeg = encodeReduced(*copy))
+        reduced_->write(*std::move(jpeg));
+    return wanted == *available ? *std::move(copy) : reduced(*copy, wanted.width, wanted.height);
+}
+
+std::optional<PixelBuffer> Image::quickThumbnail(int maxWidth, int maxHeight) const
+{
+    const auto available = copySize();
+    if (!available || fitted(size(), {maxWidth, maxHeight}).fitsInto(*available))
+        return {};
+    return fromReduced(*available);
+}
+
+Image Image::withReduced(std::shared_ptr<const ReducedPicture> reduced) const
+{
+    Image image(*this);
+    image.reduced_ = std::move(reduced);
+    return image;
 }
 
 } // namespace skyflare

@@ -9,16 +9,18 @@
 
 namespace skyflare {
 
-/// Opens addresses in the programs that the desktop has for them (GIO).
+/// Opens addresses in the programs that the desktop has for them (GIO). In a sandbox there are none:
+/// PortalURLOpener.
 ///
-/// The settings page is that of the running desktop, by XDG_CURRENT_DESKTOP, where its program is installed;
-/// else the app's own page.
+/// The settings page is that of the running desktop, by XDG_CURRENT_DESKTOP, where its program is installed
+/// and starts; else the app's own page.
 ///
 /// Threads: main; programs are started on `queue`. Borrows its Services.
 class DesktopURLOpener final : public URLOpener {
 public:
     struct Services {
-        DispatchQueue &queue;
+        DispatchQueue &queue;                  ///< starts programs
+        SerialQueue &mainQueue;                ///< where the own page is shown
         Console &console;                      ///< hears what could not be opened
         std::function<void()> ownSettingsPage; ///< shows how to come to the desktop's; empty: there is none
     };

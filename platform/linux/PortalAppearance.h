@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/desktop/AppearanceSetting.h"
+#include "platform/linux/MessageBus.h"
 
 #include <memory>
 
@@ -9,19 +10,21 @@ namespace skyflare {
 /// Dark or light as the desktop portal says, org.freedesktop.portal.Settings. Without a session bus or a
 /// portal it says nothing.
 ///
-/// Threads: any; `changed` is called on a thread of its own, which sleeps until the desktop says something.
+/// Threads: main, and so is `changed`. Borrows the bus, whose queue is main.
 class PortalAppearance final : public AppearanceSetting {
 public:
-    PortalAppearance();
-    /// Waits until `changed` has returned, if it is being called; it is not called again.
-    ~PortalAppearance() override;
+    explicit PortalAppearance(MessageBus &sessionBus) : bus_(sessionBus) {}
 
     /// Once.
     void observe(std::function<void(ColorScheme)> changed) override;
 
 private:
-    class Listener;
-    std::unique_ptr<Listener> listener_;
+    MessageBus &bus_;
+    std::shared_ptr<const std::function<void(ColorScheme)>> changed_;
+    MessageBus::Subscription subscription_;
+    MessageBus::Subscription restart_;
+
+    void read();
 };
 
 } // namespace skyflare

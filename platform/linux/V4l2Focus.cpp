@@ -1,5 +1,7 @@
 #include "platform/linux/V4l2Focus.h"
 
+#include "platform/linux/OpenFile.h"
+
 #include <fcntl.h>
 #include <linux/videodev2.h>
 #include <sys/file.h>
@@ -13,19 +15,6 @@
 namespace skyflare {
 
 namespace {
-
-/// An open file, closed with the last one that holds it.
-struct OpenFile {
-    explicit OpenFile(int opened) : descriptor(opened) {}
-    OpenFile(const OpenFile &) = delete;
-    OpenFile &operator=(const OpenFile &) = delete;
-    ~OpenFile()
-    {
-        if (descriptor >= 0)
-            ::close(descriptor);
-    }
-    const int descriptor;
-};
 
 Error focusError(const std::string &path, int code)
 {

@@ -27,12 +27,23 @@ Result<> PersistentContainer::loadPersistentStores()
     auto opened = PersistentStore::open({file(), description_.writerTimeout}, description_.model);
     if (!opened)
         return opened.error();
-    const std::shared_ptr<PersistentStore> store = *std::move(opened);
-    keeper_ = std::make_shared<StoreKeeper>(store, services_.backgroundQueue, services_.console);
-    context_ = std::make_unique<ManagedObjectContext>(store, keeper_);
-    if (!store->isReadOnly())
+    store_ = *std::move(opened);
+    keeper_ = std::make_shared<StoreKeeper>(store_, services_.backgroundQueue, services_.console);
+    context_ = std::make_unique<ManagedObjectContext>(store_, keeper_);
+    if (!store_->isReadOnly())
         keeper_->wake(); // a crash may have left something to free
     return {};
+}
+
+Result<bool> PersistentContainer::takeForeignChanges()
+{
+    constexpr std::chrono::milliseconds patience{20};
+    if (!store_)
+        return false;
+    const auto turn = store_->takeTurn(patience);
+    if (!turn)
+        return turn.error();
+    return store_->takeForeignChanges(*turn);
 }
 
 ManagedObjectContext &PersistentContainer::viewContext()

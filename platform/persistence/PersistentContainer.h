@@ -13,6 +13,7 @@
 namespace skyflare {
 
 class ManagedObjectContext;
+class PersistentStore;
 class StoreKeeper;
 
 /// Keeps the objects of a model in one SQLite file, "<name>.sqlite" in its folder.
@@ -48,11 +49,16 @@ public:
     /// The one context. To ask for it before the stores are loaded is a programming error.
     ManagedObjectContext &viewContext();
 
+    /// Whether other processes have added or deleted objects since this was last asked. Waits for a writer of
+    /// this process for some milliseconds, then says that it is busy.
+    Result<bool> takeForeignChanges();
+
     [[nodiscard]] std::filesystem::path file() const;
 
 private:
     const Description description_;
     const Services services_;
+    std::shared_ptr<PersistentStore> store_;
     std::shared_ptr<StoreKeeper> keeper_;
     std::unique_ptr<ManagedObjectContext> context_;
 };

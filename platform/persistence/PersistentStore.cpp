@@ -37,7 +37,8 @@ PersistentStore::PersistentStore(Options options, std::shared_ptr<StoreParts> pa
       parts_(std::move(parts)),
       writer_(std::move(writer)),
       readOnly_(writer_->isReadOnly()),
-      mark_(std::to_string(std::random_device{}()))
+      mark_(std::to_string(std::random_device{}())),
+      foreignChanges_(parts_->tables)
 {
 }
 
@@ -49,7 +50,10 @@ Result<std::shared_ptr<PersistentStore>> PersistentStore::open(const Options &op
     if (!opened)
         return opened.error();
     auto parts = std::make_shared<StoreParts>(std::move(tables), options.file, opened->readers);
-    return std::make_shared<PersistentStore>(options, std::move(parts), std::move(opened->writer));
+    auto store = std::make_shared<PersistentStore>(options, std::move(parts), std::move(opened->writer));
+    if (const auto begun = store->foreignChanges_.begin(*store->writer_); !begun)
+        return begun.error();
+    return store;
 }
 
 const EntityTable &PersistentStore::table(std::string_view entityName) const
@@ -72,32 +76,52 @@ Result<> PersistentStore::write(const WriterGate::Turn & /*turn*/, const StoreCh
     return written;
 }
 
+/// One transaction; whatever others do comes wholly before it or after it.
+Result<> PersistentStore::commitWith(const std::function<Result<>()> &changes)
+{
+    auto transaction = Transaction::begin(*writer_, Transaction::Kind::Write);
+    if (!transaction)
+        return transaction.error();
+    if (const auto looked = foreignChanges_.willWrite(*writer_); !looked)
+        return looked.error();
+    if (const auto made = changes(); !made)
+        return made.error();
+    // Before the commit, so that nobody comes between; should that fail, one look too many follows.
+    if (const auto looked = foreignChanges_.didWrite(*writer_); !looked)
+        return looked.error();
+    return transaction->commit();
+}
+
+Result<bool> PersistentStore::takeForeignChanges(const WriterGate::Turn & /*turn*/)
+{
+    return foreignChanges_.take(*writer_);
+}
+
 Result<> PersistentStore::writeAll(const StoreChanges &changes)
 {
     const bool deletesRows = std::any_of(changes.deleted.begin(), changes.deleted.end(),
                                          [](const auto &object) { return object->objectID().has_value(); });
     if (changes.inserted.empty() && !deletesRows)
         return {};
-    auto transaction = Transaction::begin(*writer_, Transaction::Kind::Write);
-    if (!transaction)
-        return transaction.error();
-    for (const auto &object : changes.inserted) {
-        if (const auto done = insert(*object); !done)
-            return done.error();
-    }
     std::vector<std::unique_ptr<RowRegistry::Deletion>> deletions; // until the commit is through
-    for (const auto &object : changes.deleted) {
-        const auto objectID = object->objectID();
-        if (!objectID)
-            continue;
-        const EntityTable &from = table(object->entity().name);
-        deletions.push_back(
-            std::make_unique<RowRegistry::Deletion>(parts_->registry, &from, std::span(&*objectID, 1)));
-        keepHeldBytes(*deletions.back(), *writer_);
-        if (const auto done = deleteRow(from, *objectID); !done)
-            return done.error();
-    }
-    return transaction->commit();
+    return commitWith([&]() -> Result<> {
+        for (const auto &object : changes.inserted) {
+            if (const auto done = insert(*object); !done)
+                return done.error();
+        }
+        for (const auto &object : changes.deleted) {
+            const auto objectID = object->objectID();
+            if (!objectID)
+                continue;
+            const EntityTable &from = table(object->entity().name);
+            deletions.push_back(
+                std::make_unique<RowRegistry::Deletion>(parts_->registry, &from, std::span(&*objectID, 1)));
+            keepHeldBytes(*deletions.back(), *writer_);
+            if (const auto done = deleteRow(from, *objectID); !done)
+                return done.error();
+        }
+        return {};
+    });
 }
 
 Result<> PersistentStore::insert(ManagedObject &object)
@@ -136,12 +160,7 @@ Result<> PersistentStore::deleteRow(const EntityTable &from, std::int64_t object
 
 Result<> PersistentStore::deleteAll(const WriterGate::Turn & /*turn*/, const EntityTable &table)
 {
-    auto transaction = Transaction::begin(*writer_, Transaction::Kind::Write);
-    if (!transaction)
-        return transaction.error();
-    if (const auto buried = bury(*writer_, table, mark_); !buried)
-        return buried.error();
-    return transaction->commit();
+    return commitWith([&] { return bury(*writer_, table, mark_); });
 }
 
 void keepHeldBytes(const RowRegistry::Deletion &deletion, Database &database)

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/persistence/ForeignChanges.h"
 #include "platform/persistence/ManagedObject.h"
 #include "platform/persistence/ReadSnapshot.h"
 #include "platform/persistence/StoreFile.h"
 #include "platform/persistence/WriterGate.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -52,6 +54,9 @@ public:
     /// Deletes every committed object of an entity; the disk space is freed later.
     Result<> deleteAll(const WriterGate::Turn &turn, const EntityTable &table);
 
+    /// Whether other processes have changed the store since this was last asked.
+    Result<bool> takeForeignChanges(const WriterGate::Turn &turn);
+
     /// For open().
     PersistentStore(Options options, std::shared_ptr<StoreParts> parts, std::unique_ptr<Database> writer);
 
@@ -61,8 +66,10 @@ private:
     const std::unique_ptr<Database> writer_; // its user has the turn
     const bool readOnly_;
     const std::string mark_;
+    ForeignChanges foreignChanges_; // its user has the turn
     WriterGate gate_;
 
+    Result<> commitWith(const std::function<Result<>()> &changes);
     Result<> writeAll(const StoreChanges &changes);
     Result<> insert(ManagedObject &object);
     Result<> deleteRow(const EntityTable &from, std::int64_t objectID);

@@ -9,10 +9,16 @@ namespace skyflare {
 
 namespace {
 
-// Keys of texts.
-constexpr std::string_view cameraGone = "The camera is gone. Connect it again, then tap Start.";
-constexpr std::string_view cameraUnusable =
-    "The camera does not answer. See that it is connected and that no other program uses it, then tap Start.";
+std::string cameraGone()
+{
+    return localized("The camera is gone. Connect it again, then tap Start.");
+}
+
+std::string cameraUnusable()
+{
+    return localized("The camera does not answer. See that it is connected and that no other program uses "
+                     "it, then tap Start.");
+}
 
 } // namespace
 
@@ -65,7 +71,7 @@ void CameraRun::startRun()
 
     const auto session = services_.captureManager->captureSession();
     if (!session || session->outputs().empty())
-        stopWithWarning(cameraUnusable); // no frame would ever come
+        stopWithWarning(cameraUnusable()); // no frame would ever come
 }
 
 void CameraRun::stop()
@@ -86,10 +92,10 @@ void CameraRun::stopIfRunning()
         stop();
 }
 
-void CameraRun::stopWithWarning(std::string_view key)
+void CameraRun::stopWithWarning(std::string text)
 {
     stop();
-    services_.status->warn(localized(key));
+    services_.status->warn(std::move(text));
 }
 
 void CameraRun::toggle()
@@ -125,11 +131,11 @@ void CameraRun::sessionDidChange(const SessionEvent &event)
     switch (event.kind) {
     case SessionEvent::Kind::Lost:
         services_.console.reportLine(event.message);
-        stopWithWarning(cameraGone);
+        stopWithWarning(cameraGone());
         break;
     case SessionEvent::Kind::Failed:
         services_.console.reportLine(event.message);
-        stopWithWarning(cameraUnusable);
+        stopWithWarning(cameraUnusable());
         break;
     case SessionEvent::Kind::Ended:
         stop();

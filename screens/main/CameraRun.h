@@ -59,7 +59,7 @@ private:
 
     void requestAccess();
     void startRun();
-    void stopWithWarning(std::string_view key);
+    void stopWithWarning(std::string text);
     void toggle();
     void addPreview();
     void setPreviewLayer(std::unique_ptr<PreviewLayer> layer);

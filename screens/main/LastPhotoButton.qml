@@ -16,6 +16,7 @@ T.AbstractButton {
     focusPolicy: Qt.TabFocus
     Accessible.role: Accessible.Button
     Accessible.name: outlet.accessibleName
+    Accessible.description: count.hidden ? "" : count.text
     Keys.onReturnPressed: control.clicked()
     Keys.onEnterPressed: control.clicked()
 

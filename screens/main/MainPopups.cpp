@@ -2,18 +2,18 @@
 
 #include "platform/base/Localization.h"
 
-#include <string_view>
+#include <string>
 #include <utility>
 
 namespace skyflare {
 
 namespace {
 
-CustomPopupView::Contents cameraPopup(std::string_view title, std::string_view description, URLOpener &opener)
+CustomPopupView::Contents cameraPopup(std::string title, std::string description, URLOpener &opener)
 {
     return {.icon = "heart.slash.fill",
-            .title = localized(title),
-            .description = localized(description),
+            .title = std::move(title),
+            .description = std::move(description),
             .buttonTitle = localized("Go to Settings"),
             .tapAction = [&opener] { opener.openURL(std::string(openSettingsURLString)); }};
 }
@@ -22,13 +22,14 @@ CustomPopupView::Contents cameraPopup(std::string_view title, std::string_view d
 
 CustomPopupView::Contents cameraRefusedPopup(URLOpener &opener)
 {
-    return cameraPopup("We need your permission", "This app can not work without camera permission.", opener);
+    return cameraPopup(localized("We need your permission"),
+                       localized("This app can not work without camera permission."), opener);
 }
 
 CustomPopupView::Contents cameraForbiddenPopup(URLOpener &opener)
 {
-    return cameraPopup("Camera permission is not granted",
-                       "Please go to settings and enable camera permission.", opener);
+    return cameraPopup(localized("Camera permission is not granted"),
+                       localized("Please go to settings and enable camera permission."), opener);
 }
 
 CustomPopupView::Contents libraryForbiddenPopup()

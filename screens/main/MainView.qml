@@ -35,6 +35,12 @@ FocusScope {
         enabled: screen.enabled && controls.openList === null
         onActivated: screen.controller.startStopKeyPressed()
     }
+    Shortcut {
+        // As its button: not while a run is on, nor over the explanations.
+        sequence: "Ctrl+,"
+        enabled: screen.enabled && !screen.controller.infoBar.hidden && screen.controller.onboardingView.hidden
+        onActivated: screen.controller.settingsButtonTapped()
+    }
 
     IdleSky {
         anchors.fill: parent

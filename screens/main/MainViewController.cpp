@@ -44,7 +44,8 @@ Storyboard MainViewController::storyboard(const Services &services)
 
 MainViewController::MainViewController(const Services &services)
     : services_(services),
-      photoDataManager_({services.store, services.notificationCenter, services.clock, services.console}),
+      photoDataManager_({services.store, services.notificationCenter, services.clock, services.console,
+                         services.thumbnails}),
       logManager_(services.clock, services.console),
       autoSave_({services.photoLibrary, services.console, services.app, logManager_}),
       captureManager_(CaptureManager::make({.mainQueue = services.mainQueue,

@@ -56,6 +56,7 @@ public:
         Console &console;
         CaptureFramework &framework;
         PersistentContainerProvider &store;
+        ThumbnailCache *thumbnails = nullptr; ///< may be null
         CameraAuthorization &cameraAuthorization;
         PhotoLibrary &photoLibrary;
         HapticFeedback &haptics;

@@ -254,13 +254,19 @@ TEST_CASE("a still keeps none of the camera's buffers while it is encoded")
     } queue("encoding");
     const auto stills = std::make_shared<StillRequests>(queue);
     const auto photos = std::make_shared<PhotoLog>();
-    const auto bytes = std::make_shared<Bytes>(6);
-    VideoFrame frame{PixelFormat::GRAY8, 3, 2, {{{bytes->data(), 3}}}, {}, {}, {}, bytes};
-    stills->request(photos);
+    const auto bytes = std::make_shared<Bytes>(1000 * 700, std::uint8_t{90});
+    VideoFrame frame{PixelFormat::GRAY8, 1000, 700, {{{bytes->data(), 1000}}}, {}, {}, {}, bytes};
+    stills->request({}, photos);
+    stills->request({.smallCopy = CapturePhotoSettings::SmallCopy::Yes}, photos);
     stills->offer(std::exchange(frame, {}));
     CHECK(bytes.use_count() == 1);
-    queue.held.at(0)();
-    CHECK(photos->waitFor(1));
+    for (const auto &work : queue.held)
+        work();
+    REQUIRE(photos->waitFor(2));
+    CHECK_FALSE(photos->photos[0].smallCopy);
+    const auto copy = photos->photos[1].smallCopy;
+    REQUIRE(copy);
+    CHECK(Image::fromData(Bytes(*copy))->width() == 914);
 }
 
 TEST_CASE("a session without a camera is refused clearly")

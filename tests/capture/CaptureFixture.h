@@ -49,6 +49,8 @@ struct CaptureFixture {
     FakeFramework camera;
     std::shared_ptr<RecordingDelegate> screen = std::make_shared<RecordingDelegate>();
     std::vector<FrameMeasurement> measured;
+    ThumbnailCache thumbnails{folder / "thumbnails", time.globalUserInitiated()};
+    bool keepsThumbnails = false;
     std::shared_ptr<CaptureManager> manager = make();
 
     CaptureFixture()
@@ -62,7 +64,11 @@ struct CaptureFixture {
         return CaptureManager::make({time.mainQueue(), time, camera, time, console, app, photos(),
                                      [this](const FrameMeasurement &one) { measured.push_back(one); }});
     }
-    PhotoDataManager photos() { return PhotoDataManager({store, notifications, time, console}); }
+    PhotoDataManager photos()
+    {
+        return PhotoDataManager(
+            {store, notifications, time, console, keepsThumbnails ? &thumbnails : nullptr});
+    }
 
     [[nodiscard]] std::shared_ptr<FakeSession> session() const
     {

@@ -212,6 +212,23 @@ TEST_CASE_FIXTURE(CaptureFixture,
     }
 }
 
+TEST_CASE_FIXTURE(CaptureFixture, "where small copies are kept, a photo comes with one")
+{
+    for (const bool isKept : {false, true}) {
+        keepsThumbnails = isKept;
+        manager = make();
+        startArmed();
+        show({0, 51});
+        REQUIRE(photoRequests() == 1);
+        camera.photoOutput->smallCopy = std::make_shared<const Bytes>(3, std::uint8_t{7});
+        camera.photoOutput->deliver(std::make_shared<const Bytes>(onePixelPng()));
+        const auto newest = photos().fetchImages(1).at(0);
+        const auto copy = isKept ? newest.image.reducedPicture()->read() : nullptr;
+        CHECK(std::filesystem::exists(folder / "thumbnails") == isKept);
+        CHECK((copy ? *copy : Bytes()) == (isKept ? Bytes{7, 7, 7} : Bytes()));
+    }
+}
+
 TEST_CASE_FIXTURE(CaptureFixture, "a manager that is gone starts and takes nothing")
 {
     manager->start();

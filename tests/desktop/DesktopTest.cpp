@@ -10,6 +10,7 @@
 #include <doctest/doctest.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <optional>
@@ -40,8 +41,14 @@ TEST_CASE("an address goes to the program that the user has for it, and the sett
     const std::string pipe = (folder / "opened").string();
     REQUIRE(mkfifo(pipe.c_str(), 0600) == 0);
     const std::string program = (folder / "systemsettings").string();
-    std::ofstream(program) << "#!/bin/sh\nprintf '%s\\n' \"$*\" > " << pipe << "\n";
-    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    // The signals that it blocks, and its arguments.
+    std::ofstream(program)
+        << "#!/bin/sh\nwhile read -r name mask; do [ $name = SigBlk: ] && break; done < /proc/$$/status\n"
+        << "printf '%s %s\\n' $mask \"$*\" > " << pipe << "\n";
+    const std::string broken = (folder / "lxqt-config").string();
+    std::ofstream(broken) << "#!/no/such/shell\n";
+    for (const std::string &file : {program, broken})
+        std::filesystem::permissions(file, std::filesystem::perms::owner_all);
     std::ofstream(applications / "browser.desktop")
         << "[Desktop Entry]\nType=Application\nName=Browser\nExec=" << program << " %u\n";
     std::ofstream(folder / "mimeapps.list")
@@ -59,17 +66,23 @@ TEST_CASE("an address goes to the program that the user has for it, and the sett
         return line;
     };
 
+    sigset_t ours; // what the app does
+    sigemptyset(&ours);
+    sigaddset(&ours, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &ours, nullptr);
+
     AsioQueues queues;
+    const auto main = queues.makeSerialQueue("main");
     RecordingConsole console;
-    DesktopURLOpener opener({queues.globalUserInitiated(), console, {}});
+    DesktopURLOpener opener({queues.globalUserInitiated(), *main, console, {}});
     CHECK(opener.canOpenURL("https://example.org/"));
     CHECK(!opener.canOpenURL("http://example.org/")); // nobody does
     CHECK(!opener.canOpenURL("file:///etc/passwd"));
     opener.openURL("https://example.org/?a=$(b)&c='d");
-    CHECK(opened() == "https://example.org/?a=$(b)&c='d");
+    CHECK(opened() == "0000000000000000 https://example.org/?a=$(b)&c='d");
     CHECK(opener.canOpenURL("app-settings:"));
     opener.openURL("app-settings:");
-    CHECK(opened() == "kcm_regionandlang");
+    CHECK(opened() == "0000000000000000 kcm_regionandlang");
     CHECK(console.reports().empty());
 
     opener.openURL("file:///etc/passwd");
@@ -82,10 +95,16 @@ TEST_CASE("an address goes to the program that the user has for it, and the sett
     setenv("XDG_CURRENT_DESKTOP", "GNOME-Like", 1);
     CHECK(!opener.canOpenURL("app-settings:"));
     int shown = 0;
-    DesktopURLOpener withPage({queues.globalUserInitiated(), console, [&] { ++shown; }});
+    DesktopURLOpener withPage({queues.globalUserInitiated(), *main, console, [&] { ++shown; }});
     CHECK(withPage.canOpenURL("app-settings:"));
     withPage.openURL("app-settings:");
     CHECK(shown == 1);
+    setenv("XDG_CURRENT_DESKTOP", "LXQt:KDE", 1); // what it is, then what it is like
+    withPage.openURL("app-settings:");
+    queues.drainGlobal();
+    REQUIRE(main->sync([&] { CHECK(shown == 2); }));
+    CHECK(console.reports().back().starts_with("The settings do not open: "));
+    pthread_sigmask(SIG_UNBLOCK, &ours, nullptr);
 }
 
 TEST_CASE("a service that is missing says so, once the caller is done")

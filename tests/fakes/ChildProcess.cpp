@@ -4,20 +4,24 @@
 #include <poll.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <tuple>
 #include <utility>
 
 namespace skyflare {
 
-ChildProcess::ChildProcess(const std::vector<std::string> &command)
+ChildProcess::ChildProcess(const std::vector<std::string> &command, Input input)
 {
     int pipeEnds[2];
+    int inputEnds[2] = {-1, STDIN_FILENO};
     errors_ = memfd_create("errors", MFD_CLOEXEC);
-    if (pipe2(pipeEnds, O_CLOEXEC) != 0 || errors_ < 0)
+    if (pipe2(pipeEnds, O_CLOEXEC) != 0 || errors_ < 0 ||
+        (input == Input::Written && socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, inputEnds) != 0))
         std::abort();
     std::vector<char *> arguments;
     arguments.reserve(command.size() + 1);
@@ -30,6 +34,7 @@ ChildProcess::ChildProcess(const std::vector<std::string> &command)
     if (pid_ < 0)
         std::abort();
     if (pid_ == 0) {
+        dup2(inputEnds[1], STDIN_FILENO);
         dup2(pipeEnds[1], STDOUT_FILENO);
         dup2(errors_, STDERR_FILENO);
         // It goes with the test, also when that crashes.
@@ -40,13 +45,24 @@ ChildProcess::ChildProcess(const std::vector<std::string> &command)
     }
     close(pipeEnds[1]);
     output_ = pipeEnds[0];
+    if (input == Input::Written)
+        close(inputEnds[1]);
+    input_ = inputEnds[0];
 }
 
 ChildProcess::~ChildProcess()
 {
     kill();
+    if (input_ >= 0)
+        close(input_);
     close(output_);
     close(errors_);
+}
+
+void ChildProcess::writeLine(const std::string &line) const
+{
+    const std::string whole = line + '\n';
+    std::ignore = send(input_, whole.data(), whole.size(), MSG_NOSIGNAL); // a line fits a socket's room
 }
 
 std::optional<std::string> ChildProcess::readLine()

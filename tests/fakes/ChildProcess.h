@@ -14,12 +14,18 @@ namespace skyflare {
 /// It ends, at the latest, with the thread that started it.
 class ChildProcess {
 public:
+    enum class Input { OfTest, Written };
+
     /// Aborts the test where the program cannot be started.
-    explicit ChildProcess(const std::vector<std::string> &command);
+    /// @param input  where its standard input comes from: that of the test, or writeLine()
+    explicit ChildProcess(const std::vector<std::string> &command, Input input = Input::OfTest);
     ChildProcess(const ChildProcess &) = delete;
     ChildProcess &operator=(const ChildProcess &) = delete;
     /// Kills what still runs.
     ~ChildProcess();
+
+    /// Hands it a line; one that has ended gets none.
+    void writeLine(const std::string &line) const;
 
     /// The next line of standard output, waited for; nothing at its end.
     std::optional<std::string> readLine();
@@ -39,6 +45,7 @@ public:
 
 private:
     pid_t pid_ = -1;
+    int input_ = -1; // a socket: writing to one that nobody reads is no signal
     int output_ = -1;
     int errors_ = -1; // a file without a name
     std::string pending_;

@@ -49,11 +49,14 @@ struct FakeDevice final : CaptureDevice {
 /// Keeps what was asked of it until the test answers.
 struct FakePhotoOutput final : PhotoOutput {
     std::deque<std::shared_ptr<PhotoCaptureDelegate>> requests;
-    std::shared_ptr<const Bytes> answer; ///< where it is set, given at once, on the thread that asks
+    std::shared_ptr<const Bytes> answer;    ///< where it is set, given at once, on the thread that asks
+    std::shared_ptr<const Bytes> smallCopy; ///< of every photo that was asked for with one
+    std::atomic<bool> wantsSmallCopy = false;
 
-    void capturePhoto(const CapturePhotoSettings & /*settings*/,
+    void capturePhoto(const CapturePhotoSettings &settings,
                       std::shared_ptr<PhotoCaptureDelegate> delegate) override
     {
+        wantsSmallCopy = settings.smallCopy == CapturePhotoSettings::SmallCopy::Yes;
         if (answer)
             delegate->didFinishProcessingPhoto(CapturePhoto{answer}, std::nullopt);
         else
@@ -64,7 +67,7 @@ struct FakePhotoOutput final : PhotoOutput {
     {
         const auto delegate = std::move(requests.front());
         requests.pop_front();
-        delegate->didFinishProcessingPhoto(CapturePhoto{std::move(encoded)}, error);
+        delegate->didFinishProcessingPhoto({std::move(encoded), wantsSmallCopy ? smallCopy : nullptr}, error);
     }
 };
 
@@ -114,12 +117,13 @@ struct FakeSession final : CaptureSession {
     /// Hands the frame to the delegate's queue, as a streaming thread does, and goes on.
     void show(VideoFrame frame) const
     {
-        videoOutput->sampleBufferCallbackQueue()->async([output = videoOutput, shown = preview(), frame = std::move(frame)] {
-            if (shown)
-                shown->show(frame);
-            if (const auto delegate = output->sampleBufferDelegate())
-                delegate->didOutputSampleBuffer(frame);
-        });
+        videoOutput->sampleBufferCallbackQueue()->async(
+            [output = videoOutput, shown = preview(), frame = std::move(frame)] {
+                if (shown)
+                    shown->show(frame);
+                if (const auto delegate = output->sampleBufferDelegate())
+                    delegate->didOutputSampleBuffer(frame);
+            });
     }
 };
 

@@ -158,6 +158,9 @@ TEST_CASE("reducing averages by area, edges in part")
     const PixelBuffer column{1, 5, {0, 0, 0, 10, 0, 0, 20, 0, 0, 30, 0, 0, 40, 0, 0}};
     CHECK(reduced(column, 1, 2).rgb == Bytes{8, 0, 0, 32, 0, 0});
     CHECK(reduced(column, 9, 9).rgb == column.rgb); // never enlarged
+    PixelBuffer tall = PixelBuffer::ofSize(1, 1000);
+    std::fill(tall.rgb.begin(), tall.rgb.end(), std::uint8_t{255});
+    CHECK(reduced(tall, 1, 3).rgb == Bytes(9, 255)); // more rows than fit into a small sum
 }
 
 TEST_CASE("a thumbnail fits the box, keeps the shape and the mean")

@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 
 #include "app/SceneDelegate.h"
+#include "app/SessionActivity.h"
 #include "app/WindowActivity.h"
 #include "screens/main/MainViewController.h"
 #include "store/PhotoEntity.h"
@@ -105,6 +106,32 @@ TEST_CASE_FIXTURE(Delegate, "the container is made on first use, once, by whiche
     other.join();
     CHECK(ofOther == &ours);
     CHECK(std::filesystem::exists(file));
+}
+
+TEST_CASE("the app resigns when its session is locked or sleeps, and the machine waits for the photos")
+{
+    struct Session final : UserSession {
+        Handlers handlers;
+        void observe(Handlers wanted) override { handlers = std::move(wanted); }
+    } session;
+    NotificationCenter center;
+    int resigned = 0;
+    const auto observation =
+        center.addObserver("UIApplicationWillResignActiveNotification", [&] { ++resigned; });
+    std::shared_ptr<const void> kept;
+    auto activity = std::make_shared<SessionActivity>(center, [&](std::shared_ptr<const void> delay) {
+        CHECK(resigned == 1); // what the run still takes counts, too
+        kept = std::move(delay);
+    });
+    activity->observe(session);
+    const auto delay = std::make_shared<int>();
+    session.handlers.willSleep(delay);
+    CHECK(kept == delay);
+    session.handlers.didLock();
+    CHECK(resigned == 2);
+    activity.reset();
+    session.handlers.didLock();
+    CHECK(resigned == 2);
 }
 
 TEST_CASE("the app resigns when its window is away, on a phone also when another app is before it")

@@ -48,7 +48,8 @@ struct MainFixture {
     Storyboard galleryStoryboard = PhotoListViewController::storyboard(
         {photoStore, notifications, time.mainQueue(), haptics, detailStoryboard});
     Storyboard settingsStoryboard =
-        SettingsViewController::storyboard({app, console, opener, remoteConfig, "1.10"});
+        SettingsViewController::storyboard(
+        {app, time.mainQueue(), console, opener, remoteConfig, "1.10", "English"});
     std::shared_ptr<MainViewController> screen = makeShared<MainViewController>(
         MainViewController::Services{.app = app,
                                      .standardUserDefaults = defaults,

@@ -13,7 +13,7 @@ namespace {
 using Languages = std::vector<std::string>;
 
 const Languages english = {"en"};
-const Languages englishAndTurkish = {"en", "tr"};
+const Languages three = {"en", "tr", "ja"};
 
 enum class Launch { First, Later };
 
@@ -73,7 +73,7 @@ void run(MainFixture &main)
 
 Row onboarding(int step)
 {
-    return {"onboarding-" + std::to_string(step), englishAndTurkish,
+    return {"onboarding-" + std::to_string(step), three,
             [step](MainFixture &main) {
                 for (int taps = 0; taps < step; ++taps)
                     main.screen->onboardingScreenTapped();
@@ -114,12 +114,12 @@ std::vector<Row> idleRows(const Image &photo)
             onboarding(1),
             onboarding(2),
             onboarding(3),
-            {"idle-no-photo", englishAndTurkish, nothing},
-            {"idle", englishAndTurkish, withPhotos},
-            {"frequency-open", englishAndTurkish, choosing},
-            {"permission-denied", englishAndTurkish, denied},
-            {"camera-unusable", englishAndTurkish, unusable},
-            {"update", englishAndTurkish, nothing, Launch::Later, R"({"forceUpdateVersion": 999})"}};
+            {"idle-no-photo", three, nothing},
+            {"idle", three, withPhotos},
+            {"frequency-open", three, choosing},
+            {"permission-denied", three, denied},
+            {"camera-unusable", three, unusable},
+            {"update", three, nothing, Launch::Later, R"({"forceUpdateVersion": 999})"}};
 }
 
 /// Where Tab leads to, from the main button.
@@ -160,20 +160,11 @@ std::vector<Row> runningRows(const Image &photo)
         main.screen->sessionDidChange({SessionEvent::Kind::Lost, "Back camera", "The camera is gone.", {}});
     };
     return {{"running", english, run},
-            {"captured", englishAndTurkish, captured},
+            {"captured", three, captured},
             {"many-photos", english, capturedMany},
             {"focusing", english, focusing},
-            {"sensivity-open", englishAndTurkish, choosing},
-            {"camera-lost", englishAndTurkish, lost}};
-}
-
-ScreenState plain(std::string name, std::function<std::shared_ptr<ViewController>()> make)
-{
-    return {std::move(name), [make] {
-                auto screen = make();
-                screen->loadViewIfNeeded();
-                return screen;
-            }};
+            {"sensivity-open", three, choosing},
+            {"camera-lost", three, lost}};
 }
 
 } // namespace
@@ -198,14 +189,6 @@ std::vector<ScreenState> mainStates(const PictureCamera &camera)
                                   [row] { return used(row); }, language, row.keys});
         }
     }
-    states.push_back(plain("gallery", [] {
-        current() = std::make_unique<MainFixture>();
-        return current()->galleryStoryboard.instantiateViewController("PhotoListViewSB");
-    }));
-    states.push_back(plain("settings", [] {
-        current() = std::make_unique<MainFixture>();
-        return current()->settingsStoryboard.instantiateViewController("SettingsViewSB");
-    }));
     return states;
 }
 

@@ -3,7 +3,9 @@
 #include "platform/desktop/MissingHaptics.h"
 #include "platform/image/FrameConversion.h"
 #include "tests/screenshots/Camera.h"
+#include "tests/screenshots/GalleryStates.h"
 #include "tests/screenshots/MainStates.h"
+#include "tests/screenshots/SettingsStates.h"
 #include "tests/ui/Sampler.h"
 #include "ui/CustomPopupView.h"
 
@@ -95,6 +97,8 @@ std::vector<ScreenState> screenStates()
                                   .buttonTitle = "Update"}),
     };
     std::ranges::move(mainStates(camera()), std::back_inserter(states));
+    std::ranges::move(galleryStates(), std::back_inserter(states));
+    std::ranges::move(settingsStates(), std::back_inserter(states));
     return states;
 }
 

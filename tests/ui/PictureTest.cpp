@@ -1,7 +1,7 @@
+#include "platform/image/PictureScaler.h"
 #include "tests/fakes/FakeCamera.h"
 #include "ui/AspectFill.h"
 #include "ui/LightCurve.h"
-#include "ui/PictureScaler.h"
 #include "ui/PreviewLayer.h"
 
 #include <doctest/doctest.h>

@@ -75,7 +75,7 @@ TEST_CASE("every QML file loads, and all of them together without a warning")
     Window window;
     QQmlEngine &engine = *qmlEngine(&window.quickWindow());
     const QStringList files = QDir(":/Skyflare/Ui/qml").entryList({"*.qml"});
-    CHECK(files.size() == 16);
+    CHECK(files.size() == 17);
     for (const QString &file : files) {
         const QQmlComponent component(&engine, QUrl("qrc:/Skyflare/Ui/qml/" + file));
         INFO(component.errorString().toStdString());
@@ -283,8 +283,12 @@ TEST_CASE("pictures are drawn: a symbol in its colour, a photo, the live picture
         const QPointF point = shown.item(name)->mapToScene(in);
         return QColor(shown.quick().grabWindow().pixel(point.toPoint()));
     };
-    REQUIRE(comes([&] { return at("photo", {32, 32}) == QColor(200, 0, 0); }));
-    REQUIRE(comes([&] { return at("cell", {50, 50}) == QColor(200, 0, 0); }));
+    // Qt enlarges by one path or another, as the bytes lie in memory: they differ in the last bit.
+    const auto isRed = [](QColor seen) {
+        return std::abs(seen.red() - 200) <= 1 && seen.green() == 0 && seen.blue() == 0;
+    };
+    REQUIRE(comes([&] { return isRed(at("photo", {32, 32})); }));
+    REQUIRE(comes([&] { return isRed(at("cell", {50, 50})); }));
     REQUIRE(comes([&] {
         if (const auto preview = camera->preview())
             preview->show(greyFrame(77));

@@ -1,4 +1,4 @@
-#include "ui/PictureScaler.h"
+#include "platform/image/PictureScaler.h"
 
 #include <algorithm>
 

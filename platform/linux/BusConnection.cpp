@@ -1,0 +1,218 @@
+#include "platform/linux/BusConnection.h"
+
+#include <gio/gunixfdlist.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+
+namespace skyflare {
+
+namespace {
+
+using GLibError = Handle<GError, &g_error_free>;
+using GLibText = Handle<gchar, &g_free>;
+using Done = std::function<void(GAsyncResult *)>;
+
+gpointer box(Done done)
+{
+    return std::make_unique<Done>(std::move(done)).release();
+}
+
+void runDone(GObject * /*source*/, GAsyncResult *result, gpointer boxed)
+{
+    const std::unique_ptr<Done> done(static_cast<Done *>(boxed));
+    (*done)(result);
+}
+
+/// Takes over the error. Its domain is its name on the bus, if it comes from there.
+Error errorFrom(GError *error)
+{
+    const GLibError owned(error);
+    const GLibText name(g_dbus_error_get_remote_error(error));
+    g_dbus_error_strip_remote_error(error);
+    if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CLOSED) == TRUE)
+        return {std::string(BusConnection::noBus), error->code, error->message};
+    return {name ? name.get() : g_quark_to_string(error->domain), error->code, error->message};
+}
+
+Result<std::string> addressFrom(GBusType type)
+{
+    GError *error = nullptr;
+    const GLibText address(g_dbus_address_get_for_bus_sync(type, nullptr, &error));
+    if (!address)
+        return errorFrom(error);
+    return std::string(address.get());
+}
+
+BusAnswer answerFrom(GVariant *values, GUnixFDList *files)
+{
+    BusAnswer answer{takeVariant(values), {}};
+    if (files == nullptr)
+        return answer;
+    int count = 0;
+    const std::unique_ptr<int[], Release<&g_free>> descriptors(g_unix_fd_list_steal_fds(files, &count));
+    for (int index = 0; index < count; ++index)
+        answer.files.push_back(std::make_shared<OpenFile>(descriptors[static_cast<std::size_t>(index)]));
+    return answer;
+}
+
+const char *orNull(const std::string &text)
+{
+    return text.empty() ? nullptr : text.c_str();
+}
+
+} // namespace
+
+BusConnection::BusConnection(MessageBus::Kind kind, const MessageBus::Services &services)
+    : kind_(kind), services_(services)
+{
+}
+
+void BusConnection::call(BusCall call, MessageBus::Answer answer)
+{
+    if (connection_) {
+        send(call, std::move(answer));
+        return;
+    }
+    waiting_.emplace_back(std::move(call), std::move(answer));
+    connect();
+}
+
+void BusConnection::subscribe(std::uint64_t id, BusSignalMatch match, MessageBus::Handler heard)
+{
+    Listener &listener = listeners_[id] = {std::move(match), std::move(heard)};
+    if (connection_)
+        listen(listener);
+    else
+        connect();
+}
+
+void BusConnection::unsubscribe(std::uint64_t id)
+{
+    const auto found = listeners_.extract(id);
+    if (!found.empty() && found.mapped().registration != 0 && connection_)
+        g_dbus_connection_signal_unsubscribe(connection_.get(), found.mapped().registration);
+}
+
+void BusConnection::close()
+{
+    g_cancellable_cancel(ending_.get());
+    disconnect();
+    listeners_.clear();
+}
+
+// Deliberate: where the environment names no session bus none is started. It would be without a desktop, and
+// would stay behind.
+Result<std::string> BusConnection::address() const
+{
+    if (kind_ == MessageBus::Kind::System)
+        return addressFrom(G_BUS_TYPE_SYSTEM);
+    const auto usual = std::filesystem::path(g_get_user_runtime_dir()) / "bus";
+    std::error_code failed;
+    if (std::getenv("DBUS_SESSION_BUS_ADDRESS") == nullptr && !std::filesystem::exists(usual, failed))
+        return Error{std::string(noBus), 0, "the environment names none"};
+    return addressFrom(G_BUS_TYPE_SESSION);
+}
+
+// A connection of our own: GIO's shared one ends the process when the bus goes.
+void BusConnection::connect()
+{
+    if (std::exchange(isConnecting_, true))
+        return;
+    const auto bus = address();
+    if (!bus) {
+        connected(bus.error());
+        return;
+    }
+    constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                             G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+    g_dbus_connection_new_for_address(bus->c_str(), flags, nullptr, ending_.get(), &runDone,
+                                      box([self = shared_from_this()](GAsyncResult *result) {
+                                          GError *error = nullptr;
+                                          Connection connection(
+                                              g_dbus_connection_new_for_address_finish(result, &error));
+                                          if (connection)
+                                              self->connected(std::move(connection));
+                                          else
+                                              self->connected(errorFrom(error));
+                                      }));
+}
+
+void BusConnection::connected(Result<Connection> connection)
+{
+    isConnecting_ = false;
+    auto waiting = std::exchange(waiting_, {});
+    if (g_cancellable_is_cancelled(ending_.get()) == TRUE)
+        return; // nobody listens any more
+    if (!connection) {
+        const std::string name = kind_ == MessageBus::Kind::Session ? "session" : "system";
+        if (!std::exchange(isReported_, true))
+            services_.console.reportLine("There is no " + name +
+                                         " bus, and so none of its services: " + connection.error().message);
+        for (auto &[call, answer] : waiting)
+            deliver(std::move(answer), Error{std::string(noBus), 0, connection.error().message});
+        return;
+    }
+    connection_ = std::move(*connection);
+    const auto closed = +[](GDBusConnection *, gboolean, GError *, gpointer self) {
+        static_cast<BusConnection *>(self)->disconnect();
+    };
+    g_signal_connect(connection_.get(), "closed", G_CALLBACK(closed), this);
+    for (auto &[id, listener] : listeners_)
+        listen(listener);
+    for (auto &[call, answer] : waiting)
+        send(call, std::move(answer));
+}
+
+void BusConnection::disconnect()
+{
+    if (!connection_)
+        return;
+    g_signal_handlers_disconnect_by_data(connection_.get(), this);
+    for (auto &[id, listener] : listeners_)
+        g_dbus_connection_signal_unsubscribe(connection_.get(), std::exchange(listener.registration, 0));
+    connection_.reset();
+}
+
+void BusConnection::send(const BusCall &call, MessageBus::Answer answer)
+{
+    auto done = [self = shared_from_this(), connection = connection_.get(),
+                 answer = std::move(answer)](GAsyncResult *result) {
+        GError *error = nullptr;
+        GUnixFDList *files = nullptr;
+        GVariant *values =
+            g_dbus_connection_call_with_unix_fd_list_finish(connection, &files, result, &error);
+        const Handle<GUnixFDList, &g_object_unref> owned(files);
+        if (values == nullptr)
+            self->deliver(answer, errorFrom(error));
+        else
+            self->deliver(answer, answerFrom(values, files));
+    };
+    g_dbus_connection_call_with_unix_fd_list(
+        connection_.get(), call.service.c_str(), call.path.c_str(), call.interface.c_str(),
+        call.method.c_str(), call.arguments.get(), G_VARIANT_TYPE(call.answerType), G_DBUS_CALL_FLAGS_NONE,
+        -1, nullptr, ending_.get(), &runDone, box(std::move(done)));
+}
+
+void BusConnection::listen(Listener &listener)
+{
+    const BusSignalMatch &match = listener.match;
+    const auto heard = +[](GDBusConnection *, const gchar *, const gchar *path, const gchar *, const gchar *,
+                           GVariant *values, gpointer data) {
+        const auto &[wanted, handler, registration] = *static_cast<Listener *>(data);
+        if (g_variant_is_of_type(values, G_VARIANT_TYPE(wanted.type)) == TRUE)
+            handler({path, takeVariant(g_variant_ref(values))});
+    };
+    listener.registration = g_dbus_connection_signal_subscribe(
+        connection_.get(), orNull(match.service), orNull(match.interface), orNull(match.signal),
+        orNull(match.path), orNull(match.firstArgument), G_DBUS_SIGNAL_FLAGS_NONE, heard, &listener, nullptr);
+}
+
+void BusConnection::deliver(MessageBus::Answer answer, Result<BusAnswer> result) const
+{
+    if (g_cancellable_is_cancelled(ending_.get()) == FALSE)
+        services_.queue.async([answer = std::move(answer), result = std::move(result)] { answer(result); });
+}
+
+} // namespace skyflare

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "platform/base/Console.h"
+#include "platform/base/DispatchQueue.h"
+#include "platform/base/Result.h"
+#include "platform/linux/OpenFile.h"
+#include "platform/linux/PlatformThread.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+struct _GVariant; // NOLINT(bugprone-reserved-identifier): GLib's
+
+namespace skyflare {
+
+class BusConnection;
+
+/// A value as D-Bus has it. It never changes; any thread.
+using Variant = std::shared_ptr<_GVariant>;
+
+/// Takes over what g_variant_new() and its kin give, floating or not.
+Variant takeVariant(_GVariant *value);
+
+struct BusCall {
+    std::string service;
+    std::string path;
+    std::string interface;
+    std::string method;
+    Variant arguments;             ///< a tuple; empty: none
+    const char *answerType = "()"; ///< another answer is an error
+};
+
+struct BusAnswer {
+    Variant values;                                     ///< a tuple
+    std::vector<std::shared_ptr<const OpenFile>> files; ///< what an "h" in the values counts through
+};
+
+/// Which signals are wanted. Empty: any.
+struct BusSignalMatch {
+    std::string service;
+    std::string path;
+    std::string interface;
+    std::string signal;
+    const char *type = "()"; ///< of its values; another one is ignored
+    std::string firstArgument;
+};
+
+struct BusSignal {
+    std::string path;
+    Variant values; ///< a tuple
+};
+
+/// Whether the service or what was asked of it does not exist here: nothing is out of order.
+bool isMissing(const Error &error);
+
+/// One of the machine's message buses (D-Bus).
+///
+/// It connects when it is first asked for something. A bus that is not there is said once on the console;
+/// then, and after it has gone, every call fails, and the next one looks for it anew. Threads: any; nothing
+/// waits. Answers and signals come on `queue`, and none once that is closed. Borrows its Services, which must
+/// outlive it.
+class MessageBus {
+public:
+    enum class Kind { Session, System };
+    struct Services {
+        PlatformThread &thread;
+        SerialQueue &queue; ///< where answers and signals come
+        Console &console;
+    };
+    using Answer = std::function<void(const Result<BusAnswer> &)>;
+    using Handler = std::function<void(const BusSignal &)>;
+    /// Who lets go of it on `queue` hears no more from then on.
+    using Subscription = std::shared_ptr<void>;
+
+    /// The bus that the environment names.
+    MessageBus(Kind kind, const Services &services);
+    ~MessageBus();
+    MessageBus(const MessageBus &) = delete;
+    MessageBus &operator=(const MessageBus &) = delete;
+
+    /// Starts the service if the bus knows how to.
+    /// @param answer  comes once, after 25 s at most; the error's domain is the error's name on the bus
+    void call(BusCall call, Answer answer);
+    [[nodiscard]] Subscription subscribe(BusSignalMatch match, Handler handler);
+    /// Calls `changed` whenever the service comes (again) or goes, not for the present state.
+    [[nodiscard]] Subscription watch(const std::string &service, std::function<void(bool isThere)> changed);
+
+private:
+    struct Subscribed;
+
+    const Services services_;
+    std::shared_ptr<BusConnection> connection_; ///< works on the thread
+};
+
+} // namespace skyflare

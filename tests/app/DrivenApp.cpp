@@ -1,0 +1,98 @@
+#include "tests/app/DrivenApp.h"
+
+#include <algorithm>
+#include <sstream>
+#include <stdexcept>
+
+namespace skyflare {
+
+namespace {
+
+std::vector<std::string> commandLine(const AppSetup &setup)
+{
+    std::vector<std::string> command{"/usr/bin/env",
+                                     "-u",
+                                     "DBUS_SESSION_BUS_ADDRESS",
+                                     "-u",
+                                     "DISPLAY",
+                                     "QT_QPA_PLATFORM=offscreen",
+                                     "QT_QUICK_BACKEND=software",
+                                     "LC_ALL=C.UTF-8",
+                                     "LANGUAGE=en"};
+    const auto append = [&command](const auto &more) {
+        command.insert(command.end(), more.begin(), more.end());
+    };
+    command.push_back("XDG_RUNTIME_DIR=" + setup.folder.string());
+    command.push_back("DBUS_SYSTEM_BUS_ADDRESS=unix:path=" + (setup.folder / "no-bus").string());
+    append(setup.environment);
+    command.emplace_back(APP_DRIVER);
+    if (!setup.deployment.empty())
+        append(std::vector<std::string>{"--deployment", setup.deployment.string()});
+    append(std::vector<std::string>{"--data-dir", setup.folder.string()});
+    append(setup.options);
+    return command;
+}
+
+} // namespace
+
+DrivenApp::DrivenApp(const AppSetup &setup) : process_(commandLine(setup), ChildProcess::Input::Written) {}
+
+std::string DrivenApp::ask(const std::string &command)
+{
+    const std::string answered = "driver: ok";
+    process_.writeLine(command);
+    while (const auto line = process_.readLine()) {
+        if (line->starts_with(answered))
+            return line->substr(std::min(line->size(), answered.size() + 1));
+        if (line->starts_with("driver: "))
+            throw std::runtime_error(command + ": " + *line);
+        lines_.push_back(*line);
+    }
+    process_.kill();
+    throw std::runtime_error(command + ": the app has ended; " + process_.errors());
+}
+
+void DrivenApp::resize(int width, int height)
+{
+    ask("resize " + std::to_string(width) + ' ' + std::to_string(height));
+}
+
+std::string DrivenApp::readUntil(const std::string &name, const std::string &pattern)
+{
+    return ask("until " + name + " = " + pattern);
+}
+
+void DrivenApp::waitForLine(const std::string &start)
+{
+    while (count(start) == 0) {
+        const auto line = process_.readLine();
+        if (!line)
+            throw std::runtime_error("the app has ended, and has not printed " + start);
+        lines_.push_back(*line);
+    }
+}
+
+int DrivenApp::wait()
+{
+    std::ranges::move(process_.readAll(), std::back_inserter(lines_));
+    return process_.wait();
+}
+
+std::size_t DrivenApp::count(const std::string &start) const
+{
+    return static_cast<std::size_t>(
+        std::ranges::count_if(lines_, [&](const std::string &line) { return line.starts_with(start); }));
+}
+
+std::string DrivenApp::complaints() const
+{
+    std::istringstream errors(process_.errors());
+    std::string others;
+    for (std::string line; std::getline(errors, line);) {
+        if (!line.starts_with("There is no session bus") && !line.starts_with("There is no system bus"))
+            others += line + '\n';
+    }
+    return others;
+}
+
+} // namespace skyflare

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "tests/fakes/ChildProcess.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace skyflare {
+
+/// Which app a test runs.
+struct AppSetup {
+    std::filesystem::path folder; ///< its files
+    std::vector<std::string> options = {"--camera", "simulated"};
+    std::vector<std::string> environment = {}; ///< NAME=VALUE, beside what all tests have
+    std::filesystem::path deployment = {};     ///< what its deployer has set up; empty: nothing
+};
+
+/// The whole app in a process of its own, used by clicks and keys. Without a display and a session bus,
+/// unless the environment says otherwise; in English.
+///
+/// Every call waits until what it says can be done, and throws where it cannot.
+class DrivenApp {
+public:
+    explicit DrivenApp(const AppSetup &setup);
+
+    /// @param name  an item's object name or accessible name; the second so named from the top is "NAME#2"
+    void click(const std::string &name) { ask("click " + name); }
+    void doubleClick(const std::string &name) { ask("double " + name); }
+    /// @param keys  such as "Space" or "Ctrl+Q"
+    void press(const std::string &keys) { ask("press " + keys); }
+    void resize(int width, int height);
+    /// As the title bar's button does.
+    void close() { ask("close"); }
+
+    void see(const std::string &name) { ask("see " + name); }
+    void miss(const std::string &name) { ask("miss " + name); }
+    std::string read(const std::string &name) { return ask("read " + name); }
+    /// @param pattern  of the whole text; a regular expression
+    std::string readUntil(const std::string &name, const std::string &pattern);
+    /// Waits until its picture changes.
+    void seeChange(const std::string &name) { ask("change " + name); }
+    /// Writes what the window shows.
+    void paint(const std::filesystem::path &file) { ask("paint " + file.string()); }
+    /// The object name of what has the focus.
+    std::string focus() { return ask("focus"); }
+    std::string graphics() { return ask("graphics"); }
+
+    /// Waits until it has printed a line that begins so.
+    void waitForLine(const std::string &start);
+    /// Waits for the end. @return the exit status
+    int wait();
+    [[nodiscard]] ChildProcess &process() { return process_; }
+    /// What has been printed until the last answer, or the end.
+    [[nodiscard]] const std::vector<std::string> &lines() const { return lines_; }
+    /// How many of them begin so.
+    [[nodiscard]] std::size_t count(const std::string &start) const;
+    /// What it has written to standard error, after its end; but for that there is no bus, which is so here.
+    [[nodiscard]] std::string complaints() const;
+
+private:
+    ChildProcess process_;
+    std::vector<std::string> lines_;
+
+    std::string ask(const std::string &command);
+};
+
+} // namespace skyflare

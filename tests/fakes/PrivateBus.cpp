@@ -1,0 +1,106 @@
+#include "tests/fakes/PrivateBus.h"
+
+#include <gio/gio.h>
+#include <gio/gunixfdlist.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <utility>
+
+namespace skyflare {
+
+PrivateBus::PrivateBus()
+{
+    const std::string file = (folder_ / "bus.conf").string();
+    std::ofstream(file) << "<busconfig><type>session</type><listen>unix:dir=" << folder_.path().string()
+                        << "</listen><auth>EXTERNAL</auth><policy context='default'>"
+                           "<allow send_destination='*'/><allow receive_sender='*'/><allow own='*'/>"
+                           "</policy></busconfig>";
+    daemon_ = std::make_unique<ChildProcess>(
+        std::vector<std::string>{"dbus-daemon", "--config-file", file, "--nofork", "--print-address"});
+    address_ = daemon_->readLine().value_or("");
+    setenv("DBUS_SESSION_BUS_ADDRESS", address_.c_str(), 1);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", address_.c_str(), 1);
+}
+
+FakeBusService::FakeBusService(const PrivateBus &bus, const std::string &name, PumpedQueue &queue)
+    : queue_(queue)
+{
+    constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                             G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+    connection_ =
+        g_dbus_connection_new_for_address_sync(bus.address().c_str(), flags, nullptr, nullptr, nullptr);
+    // On a thread of GLib's: the calls are handed to the test's.
+    const auto filter = +[](GDBusConnection *, GDBusMessage *message, gboolean isIncoming, gpointer self) {
+        if (isIncoming == FALSE ||
+            g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL)
+            return message;
+        const auto *service = static_cast<FakeBusService *>(self);
+        service->queue_.async([weak = std::weak_ptr(service->self_), message] {
+            if (const auto called = weak.lock())
+                (*called)->serve(message);
+            g_object_unref(message);
+        });
+        return static_cast<GDBusMessage *>(nullptr);
+    };
+    g_dbus_connection_add_filter(connection_, filter, this, nullptr);
+    g_variant_unref(g_dbus_connection_call_sync(
+        connection_, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "RequestName",
+        g_variant_new("(su)", name.c_str(), 0U), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+}
+
+FakeBusService::~FakeBusService()
+{
+    g_dbus_connection_close_sync(connection_, nullptr, nullptr);
+    g_object_unref(connection_);
+}
+
+void FakeBusService::emit(const std::string &path, const std::string &interface, const std::string &signal,
+                          _GVariant *values) const
+{
+    g_dbus_connection_emit_signal(connection_, nullptr, path.c_str(), interface.c_str(), signal.c_str(),
+                                  values, nullptr);
+}
+
+std::size_t FakeBusService::count(const std::string &method) const
+{
+    const auto isOfIt = [&](const std::string &call) { return call.starts_with(method + " "); };
+    return static_cast<std::size_t>(std::ranges::count_if(calls_, isOfIt));
+}
+
+void FakeBusService::serve(_GDBusMessage *message)
+{
+    GVariant *arguments = g_dbus_message_get_body(message);
+    const std::string method = g_dbus_message_get_member(message);
+    const auto known = methods_.find(method);
+    if (known == methods_.end()) {
+        reply(message, {.error = "org.freedesktop.DBus.Error.UnknownMethod"});
+        return;
+    }
+    gchar *text = arguments != nullptr ? g_variant_print(arguments, FALSE) : g_strdup("()");
+    calls_.push_back(method + " " + text);
+    g_free(text);
+    reply(message, known->second(arguments));
+}
+
+void FakeBusService::reply(_GDBusMessage *message, const Reply &reply) const
+{
+    if (reply.values == nullptr && reply.error.empty())
+        return;
+    GDBusMessage *answer =
+        reply.values != nullptr
+            ? g_dbus_message_new_method_reply(message)
+            : g_dbus_message_new_method_error_literal(message, reply.error.c_str(), "as the test wants it");
+    if (reply.values != nullptr)
+        g_dbus_message_set_body(answer, reply.values);
+    if (reply.file >= 0) {
+        GUnixFDList *files = g_unix_fd_list_new_from_array(&reply.file, 1);
+        g_dbus_message_set_unix_fd_list(answer, files);
+        g_object_unref(files);
+    }
+    g_dbus_connection_send_message(connection_, answer, G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
+    g_object_unref(answer);
+}
+
+} // namespace skyflare

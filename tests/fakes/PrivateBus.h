@@ -1,0 +1,74 @@
+#pragma once
+
+#include "tests/fakes/ChildProcess.h"
+#include "tests/fakes/PumpedQueue.h"
+#include "tests/fakes/TemporaryFolder.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+struct _GDBusConnection; // NOLINT(bugprone-reserved-identifier): GLib's
+struct _GDBusMessage;    // NOLINT(bugprone-reserved-identifier): GLib's
+struct _GVariant;        // NOLINT(bugprone-reserved-identifier): GLib's
+
+namespace skyflare {
+
+/// A message bus for one test, on which nothing is but what the test puts there. It is this process's session
+/// bus and its system bus from then on.
+class PrivateBus {
+public:
+    PrivateBus();
+
+    [[nodiscard]] const std::string &address() const { return address_; }
+    /// The bus is gone, and its address leads nowhere.
+    void kill() { daemon_->kill(); }
+
+private:
+    const TemporaryFolder folder_;
+    std::unique_ptr<ChildProcess> daemon_;
+    std::string address_;
+};
+
+/// A service on a bus that does with each call what the test says, on whatever object. It goes when it ends.
+///
+/// Threads: the test's; calls come while it pumps its queue. Borrows the queue.
+class FakeBusService {
+public:
+    struct Reply {
+        _GVariant *values = nullptr; ///< a tuple; null: `error`, or no answer at all
+        std::string error{};         ///< its name
+        int file = -1;               ///< goes along, and is taken over
+    };
+    /// @param arguments  a tuple, or null
+    using Method = std::function<Reply(_GVariant *arguments)>;
+
+    FakeBusService(const PrivateBus &bus, const std::string &name, PumpedQueue &queue);
+    ~FakeBusService();
+    FakeBusService(const FakeBusService &) = delete;
+    FakeBusService &operator=(const FakeBusService &) = delete;
+
+    /// What is not set does not exist.
+    void on(const std::string &method, Method does) { methods_[method] = std::move(does); }
+    void emit(const std::string &path, const std::string &interface, const std::string &signal,
+              _GVariant *values) const;
+    /// "Method (arguments)" of each call of a method that exists, in order.
+    [[nodiscard]] const std::vector<std::string> &calls() const { return calls_; }
+    [[nodiscard]] std::size_t count(const std::string &method) const;
+
+private:
+    PumpedQueue &queue_;
+    std::map<std::string, Method> methods_;
+    std::vector<std::string> calls_;
+    _GDBusConnection *connection_ = nullptr;
+    const std::shared_ptr<FakeBusService *> self_ =
+        std::make_shared<FakeBusService *>(this); ///< who is called
+
+    void serve(_GDBusMessage *message);
+    void reply(_GDBusMessage *message, const Reply &reply) const;
+};
+
+} // namespace skyflare

@@ -1,0 +1,223 @@
+#include "screens/gallery/ZoomablePhoto.h"
+#include "tests/gallery/GalleryFixture.h"
+#include "ui/Window.h"
+
+#include <doctest/doctest.h>
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace skyflare;
+
+namespace {
+
+constexpr int deadlineMs = 60000;
+
+template <typename Matches> QQuickItem *findItem(QQuickItem *in, const Matches &matches)
+{
+    for (QQuickItem *child : in->childItems()) {
+        if (matches(child))
+            return child;
+        if (auto *found = findItem(child, matches))
+            return found;
+    }
+    return nullptr;
+}
+
+/// The real views of the gallery and of a photo, used by clicks and keys.
+struct GalleryView : GalleryFixture {
+    Window window;
+
+    void show(int photos)
+    {
+        load(photos);
+        window.setRootViewController(gallery);
+        window.makeKeyAndVisible();
+        waitForFocus(photos > 0 ? "PhotoCell" : "closeButton");
+    }
+    QQuickWindow &quick() { return window.quickWindow(); }
+    QString focus() { return quick().activeFocusItem() ? quick().activeFocusItem()->objectName() : ""; }
+    void waitForFocus(const QString &name)
+    {
+        CAPTURE(focus().toStdString());
+        REQUIRE(QTest::qWaitFor([&] { return quick().isActive() && focus() == name; }, deadlineMs));
+    }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    {
+        QTest::keyClick(&quick(), key, modifiers);
+        time.runUntilIdle();
+    }
+    QQuickItem *item(const QString &name)
+    {
+        auto *found = findItem(quick().contentItem(), [&](QQuickItem *each) {
+            return each->objectName() == name && each->isVisible() && each->isEnabled();
+        });
+        REQUIRE(found != nullptr);
+        return found;
+    }
+    void click(const QString &name)
+    {
+        QQuickItem *on = item(name);
+        QTest::mouseClick(&quick(), Qt::LeftButton, {},
+                          on->mapToScene(QPointF(on->width() / 2, on->height() / 2)).toPoint());
+        time.runUntilIdle();
+    }
+    std::shared_ptr<PhotoDetailViewController> detail()
+    {
+        return std::static_pointer_cast<PhotoDetailViewController>(gallery->presentedViewController());
+    }
+    ZoomablePhoto &photo() { return *qobject_cast<ZoomablePhoto *>(item("imageContainer")); }
+    void waitForFrame()
+    {
+        QSignalSpy frames(&quick(), &QQuickWindow::frameSwapped);
+        quick().update();
+        REQUIRE(frames.wait(deadlineMs));
+    }
+    bool waitFor(const std::function<bool()> &what) { return QTest::qWaitFor(what, deadlineMs); }
+};
+
+} // namespace
+
+TEST_CASE_FIXTURE(GalleryView, "the gallery is used by keys alone")
+{
+    show(20);
+    auto *photos = item("photos");
+    for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Down, Qt::Key_Down})
+        press(key);
+    CHECK(gallery->collectionView()->currentIndex() == 7);
+    press(Qt::Key_End);
+    CHECK(focus() == "PhotoCell");
+    CHECK(photos->property("contentY").toDouble() + photos->height() ==
+          doctest::Approx(gallery->collectionView()->contentHeight())); // it is seen
+    press(Qt::Key_Home);
+    CHECK(photos->property("contentY") == 0);
+    photos->setProperty("contentY", 60); // by hand
+    time.globalUserInitiated().async([this] { store(1); });
+    time.runUntilIdle();
+    CHECK(focus() == "PhotoCell");
+    CHECK(gallery->collectionView()->currentIndex() == 1);
+    CHECK(photos->property("contentY") == 60);
+    press(Qt::Key_Left);
+
+    press(Qt::Key_Tab);
+    CHECK(focus() == "closeButton");
+    press(Qt::Key_Tab);
+    CHECK(focus() == "deleteAllButton");
+    press(Qt::Key_Tab);
+    CHECK(focus() == "PhotoCell");
+
+    press(Qt::Key_Right);
+    press(Qt::Key_Return);
+    REQUIRE(detail() != nullptr);
+    CHECK(detail()->photo()->uuid == uuids()[1]);
+    waitForFocus("saveButton");
+    press(Qt::Key_S, Qt::ControlModifier);
+    REQUIRE(library.asked.size() == 1);
+    library.asked[0](AuthorizationStatus::Authorized);
+    time.runUntilIdle();
+    CHECK_FALSE(detail()->saveButton()->isEnabled());
+    CHECK(focus() == "deleteButton");
+    press(Qt::Key_S, Qt::ControlModifier);
+    CHECK(library.asked.size() == 1);
+    press(Qt::Key_Delete);
+    CHECK(detail()->popups()->count() == 1);
+    press(Qt::Key_Delete); // not through the popup
+    CHECK(detail()->popups()->count() == 1);
+    press(Qt::Key_Escape);
+    CHECK(detail()->popups()->count() == 0);
+    press(Qt::Key_Delete);
+    press(Qt::Key_Return);
+    CHECK(detail() == nullptr);
+    waitForFocus("PhotoCell");
+    CHECK(gallery->collectionView()->currentIndex() == 1);
+    CHECK(gallery->photoCountLabel()->text() == "(20)");
+}
+
+TEST_CASE_FIXTURE(GalleryView, "the gallery is used by taps alone")
+{
+    show(3);
+    click("PhotoCell");
+    REQUIRE(detail() != nullptr);
+    waitForFocus("saveButton");
+    click("closeButton");
+    CHECK(detail() == nullptr);
+    waitForFocus("PhotoCell");
+    click("deleteAllButton");
+    click("action");
+    CHECK(gallery->collectionView()->count() == 0);
+    waitForFocus("closeButton");
+    take(2);
+    CHECK(gallery->collectionView()->count() == 2);
+    press(Qt::Key_Backtab);
+    CHECK(focus() == "PhotoCell");
+}
+
+TEST_CASE_FIXTURE(GalleryView, "a photo is decoded as large as it is seen, whole while it is near")
+{
+    show(0);
+    user.photos.saveImage(Image::fromData(*encodePng(PixelBuffer::ofSize(1600, 1200))).value());
+    gallery->collectionView()->select(0);
+    waitForFocus("saveButton");
+    const auto pictureIs = [this](QSize size) {
+        return waitFor([=, this] { return photo().picture().size() == size; });
+    };
+    quick().resize(400, 800);
+    CHECK(pictureIs({400, 300}));
+    const QRectF fitted = photo().photoRect();
+    press(Qt::Key_Plus);
+    CHECK(pictureIs({1600, 1200}));
+    press(Qt::Key_0);
+    CHECK(pictureIs({400, 300}));
+    CHECK(waitFor([&] { return photo().photoRect() == fitted; }));
+
+    const QPoint inside = fitted.center().toPoint();
+    QTest::mouseDClick(&quick(), Qt::LeftButton, {}, inside);
+    CHECK(waitFor([this] { return photo().photoRect().width() == 1600; })); // one for one
+    const double left = photo().photoRect().left();
+    press(Qt::Key_Right);
+    CHECK(waitFor([&] { return photo().photoRect().left() == left - 100; }));
+    QTest::mousePress(&quick(), Qt::LeftButton, {}, inside);
+    for (int x = 10; x <= 60; x += 10)
+        QTest::mouseMove(&quick(), inside + QPoint(x, 0));
+    QTest::mouseRelease(&quick(), Qt::LeftButton, {}, inside + QPoint(60, 0));
+    CHECK(photo().photoRect().left() > left - 100);
+    CHECK(photo().photoRect().left() <= left - 40);
+
+    const double wide = photo().photoRect().width();
+    auto *const device = QTest::createTouchDevice();
+    const QPoint apart(80, 0);
+    QTest::touchEvent(&quick(), device).press(0, inside - apart).press(1, inside + apart);
+    for (int x = 70; x >= 30; x -= 10) {
+        QTest::touchEvent(&quick(), device).move(0, inside - QPoint(x, 0)).move(1, inside + QPoint(x, 0));
+        waitForFrame(); // moves are handed out once a frame
+    }
+    QTest::touchEvent(&quick(), device).release(0, inside).release(1, inside);
+    CHECK(photo().photoRect().width() < wide);
+}
+
+TEST_CASE_FIXTURE(GalleryView, "a damaged photo among good ones says so, and can be deleted")
+{
+    take(1);
+    Bytes png = *noise(99, 30).pngData().value();
+    std::fill(png.begin() + 200, png.end() - 200, std::uint8_t{0x55});
+    user.insert("DAMAGED", std::make_shared<const MemoryBytes>(std::make_shared<const Bytes>(png)),
+                time.secondsSince1970() + 0.5);
+    user.insert("NO PICTURE", std::monostate{}, time.secondsSince1970() + 0.6);
+    show(1);
+    CHECK(gallery->photoCountLabel()->text() == "(4)");
+    REQUIRE(gallery->collectionView()->count() == 3); // its header is good
+    gallery->collectionView()->select(1);
+    waitForFocus("saveButton");
+    CHECK(waitFor([this] { return photo().isDamaged(); }));
+    CHECK(item("damagedLabel")->property("text") ==
+          "This photo is damaged and cannot be shown. You can delete it.");
+    press(Qt::Key_Plus);
+    press(Qt::Key_Delete);
+    press(Qt::Key_Return);
+    CHECK(gallery->photoCountLabel()->text() == "(3)");
+    waitForFocus("PhotoCell");
+    gallery->collectionView()->select(1);
+    waitForFocus("saveButton");
+    CHECK(waitFor([this] { return !photo().picture().isNull(); }));
+    CHECK_FALSE(photo().isDamaged());
+}
