@@ -3,15 +3,10 @@
 //
 // Both are processes of their own, started in turn, and count from their start to their end.
 
-#include "bench/Machine.h"
+#include "bench/Process.h"
 #include "bench/Table.h"
 #include "bench/WorkFolder.h"
 #include "platform/camera/GstSetup.h"
-
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
@@ -25,44 +20,22 @@ namespace {
 constexpr int frames = 600; // 20 s
 constexpr int rounds = 7;
 
-/// Runs a program, its standard output into `output`.
-/// @return how long it ran, in seconds; less than 0 if it failed.
-double run(const std::vector<std::string> &command, const std::string &output)
-{
-    std::vector<char *> arguments;
-    for (const std::string &part : command)
-        arguments.push_back(const_cast<char *>(part.c_str()));
-    arguments.push_back(nullptr);
-    posix_spawn_file_actions_t actions{};
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                     0600);
-    const double start = now();
-    pid_t child = 0;
-    const bool isStarted =
-        posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ) == 0;
-    posix_spawn_file_actions_destroy(&actions);
-    int status = 1;
-    const bool isOver = isStarted && waitpid(child, &status, 0) == child;
-    return isOver && status == 0 ? now() - start : -1;
-}
-
 /// A dark, noisy night of 1080p at 30 frames a second, in H.264 with B-frames as a phone writes it: about 17
 /// million bits a second.
 bool makeFilm(const std::string &path)
 {
-    return run({"ffmpeg",    "-v",
-                "error",     "-y",
-                "-f",        "lavfi",
-                "-i",        "color=c=0x080a14:s=1920x1080:r=30,noise=alls=14:allf=t:all_seed=1",
-                "-frames:v", std::to_string(frames),
-                "-c:v",      "libx264",
-                "-preset",   "superfast",
-                "-bf",       "2",
-                "-b:v",      "17M",
-                "-pix_fmt",  "yuv420p",
-                path},
-               "/dev/null") >= 0;
+    return runProgram({"ffmpeg",    "-v",
+                       "error",     "-y",
+                       "-f",        "lavfi",
+                       "-i",        "color=c=0x080a14:s=1920x1080:r=30,noise=alls=14:allf=t:all_seed=1",
+                       "-frames:v", std::to_string(frames),
+                       "-c:v",      "libx264",
+                       "-preset",   "superfast",
+                       "-bf",       "2",
+                       "-b:v",      "17M",
+                       "-pix_fmt",  "yuv420p",
+                       path},
+                      "/dev/null") >= 0;
 }
 
 void linkPictures(GstElement *, GstPad *pad, gpointer sink)
@@ -115,8 +88,8 @@ int measure(const std::string &self)
     std::vector<double> decoding;
     std::vector<double> watching;
     for (int round = 0; round < rounds; ++round) {
-        decoding.push_back(run({self, "--decode", film}, "/dev/null"));
-        watching.push_back(run(watch, said));
+        decoding.push_back(runProgram({self, "--decode", film}, "/dev/null"));
+        watching.push_back(runProgram(watch, said));
         if (decoding.back() < 0 || watching.back() < 0 || !saysAllFrames(said)) {
             std::fprintf(stderr, "a run has failed, or has not seen all frames\n");
             return 1;

@@ -1,14 +1,13 @@
 // What watching a live 1080p camera costs, the camera's own work apart.
 
+#include "bench/CameraAlone.h"
 #include "bench/CameraProgram.h"
 #include "bench/Machine.h"
 #include "bench/RingCamera.h"
 #include "bench/Table.h"
 #include "bench/WorkFolder.h"
-#include "platform/camera/GstSetup.h"
 
 #include <cstdio>
-#include <thread>
 
 namespace skyflare::bench {
 
@@ -49,33 +48,6 @@ Watched watch(const std::shared_ptr<CameraSource> &camera)
     return {share, program->statistics()};
 }
 
-/// The same camera into a sink that throws its frames away.
-std::optional<double> throwAway(const CameraSource &camera)
-{
-    auto source = camera.makeElement();
-    auto sink = makeGstElement("fakesink");
-    if (!source || !sink)
-        return {};
-    const Pipeline pipeline = makePipeline();
-    g_object_set(sink->get(), "sync", FALSE, "async", FALSE, nullptr);
-    gst_bin_add_many(GST_BIN(pipeline.get()), source->get(), sink->get(), nullptr);
-    if (!gst_element_link(source->get(), sink->get()) ||
-        gst_element_set_state(pipeline.get(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE)
-        return {};
-    std::this_thread::sleep_for(std::chrono::duration<double>(settlingSeconds));
-    const double processor = processorSeconds();
-    const double time = now();
-    std::this_thread::sleep_for(std::chrono::duration<double>(watchedSeconds));
-    return (processorSeconds() - processor) / (now() - time);
-}
-
-std::string percent(double share)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.2f %%", share * 100);
-    return text;
-}
-
 int run()
 {
     // More than a second-level cache holds, so that each frame is read from where a camera puts it: memory.
@@ -87,7 +59,7 @@ int run()
     std::vector<double> differences;
     FrameStatistics frames;
     for (int round = 0; round < rounds; ++round) {
-        const auto plain = throwAway(*camera);
+        const auto plain = shareOfCameraAlone(*camera, settlingSeconds, watchedSeconds);
         const Watched all = watch(camera);
         if (!plain || !all.share)
             return 1;

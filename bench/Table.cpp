@@ -62,6 +62,13 @@ std::string ratio(double value)
     return number(value, "x");
 }
 
+std::string percent(double share)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.2f %%", share * 100);
+    return text;
+}
+
 double median(std::vector<double> values)
 {
     return quantile(std::move(values), 0.5);

@@ -12,10 +12,10 @@ class Table {
 public:
     struct Row {
         std::string what;
-        std::string measured;  ///< with its unit: "0.42 ms"
-        std::string yardstick; ///< what it is held against: "read once: 0.40 ms"; may be empty
-        std::string ratio;     ///< "1.05 x"; may be empty
-        std::string reach;     ///< what was aimed at: "<= 1.3 x"
+        std::string measured;       ///< with its unit: "0.42 ms"
+        std::string yardstick = {}; ///< what it is held against: "read once: 0.40 ms"; may be empty
+        std::string ratio = {};     ///< "1.05 x"; may be empty
+        std::string reach;          ///< what was aimed at: "<= 1.3 x"
         bool isReached = false;
     };
 
@@ -34,6 +34,8 @@ private:
 std::string duration(double seconds);
 /// "1.05 x".
 std::string ratio(double value);
+/// "1.06 %".
+std::string percent(double share);
 
 /// The middle of some measurements, and the one that 95 or 99 of 100 do not exceed. Empty input is an error
 /// of the caller.
