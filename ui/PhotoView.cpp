@@ -1,5 +1,7 @@
 #include "ui/PhotoView.h"
 
+#include "ui/PixelImage.h"
+
 #include <QElapsedTimer>
 #include <QThread>
 #include <QThreadPool>
@@ -10,14 +12,6 @@
 namespace skyflare {
 
 namespace {
-
-/// As the screen has it, so that nothing is left to be converted on main.
-QImage toImage(const PixelBuffer &pixels)
-{
-    return QImage(pixels.rgb.data(), pixels.width, pixels.height, static_cast<qsizetype>(pixels.rowBytes()),
-                  QImage::Format_RGB888)
-        .convertToFormat(QImage::Format_RGB32);
-}
 
 /// For the photos of all views. Each decodes with the bytes of a whole photo in memory: a few at a time.
 QThreadPool &photoThreads()

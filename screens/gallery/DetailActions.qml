@@ -23,7 +23,6 @@ FocusScope {
         width: actions.width - (actions.isColumn ? 24 : 80)
         outlet: actions.controller.saveButton
         focus: true
-        onEnabledChanged: remove.focus = true // it has done what it is there for
         onClicked: actions.controller.saveButtonTapped()
     }
     IconButton {
@@ -36,5 +35,13 @@ FocusScope {
         symbolSize: 24
         tint: Theme.warning
         onClicked: actions.controller.deleteButtonTapped()
+    }
+    Binding {
+        // The other has done what it is there for. A popup switches it off too, and that is no reason.
+        target: remove
+        property: "focus"
+        value: true
+        when: !actions.controller.saveButton.enabled
+        restoreMode: Binding.RestoreNone
     }
 }

@@ -1,5 +1,7 @@
 #include "screens/gallery/PhotoLoader.h"
 
+#include "ui/PixelImage.h"
+
 #include <QThreadPool>
 #include <mutex>
 
@@ -14,14 +16,6 @@ QThreadPool &loaderThreads()
     static QThreadPool pool;
     pool.setMaxThreadCount(2);
     return pool;
-}
-
-QImage toImage(const PixelBuffer &pixels)
-{
-    // As the screen has it, so that nothing is left to be converted on main.
-    return QImage(pixels.rgb.data(), pixels.width, pixels.height, static_cast<qsizetype>(pixels.rowBytes()),
-                  QImage::Format_RGB888)
-        .convertToFormat(QImage::Format_RGB32);
 }
 
 QImage decoded(const Image &photo, QSize box, PhotoLoader::Wish wish)

@@ -53,6 +53,49 @@ void makeUnreadable(const std::filesystem::path &file, std::uintmax_t from)
     bytes << std::string(std::filesystem::file_size(file) - from, 'U');
 }
 
+/// How far an engine has come.
+struct Told {
+    std::int64_t lastKept = 0;
+    std::int64_t changes = 0;
+};
+
+/// An engine with little room, on a file of an older version.
+struct UpgradedEngine : EngineInFolder {
+    UpgradedEngine() : EngineInFolder({{"measurement.store.max_stored_events_per_app", std::int64_t{25}}})
+    {
+        std::filesystem::create_directories(file.parent_path());
+        REQUIRE((*Database::open(file, OpenMode::Write, 0s))->execute(olderVersion));
+    }
+
+    /// Everything that changes the file, in transactions of different sizes.
+    void live(const std::function<void(Told)> &tell)
+    {
+        start();
+        std::int64_t last = 0;
+        const auto logAndTell = [&](std::int64_t more) {
+            log(analytics(), last + 1, more);
+            analytics().setUserPropertyString(std::to_string(more), "p");
+            time.runUntilIdle();
+            tell({last += more, fileFaults::calls()});
+        };
+        for (const std::int64_t more : {1, 6, 2, 9, 3, 12})
+            logAndTell(more);
+        tell({}); // what was stored may go now
+        analytics().resetAnalyticsData();
+        logAndTell(3);
+        tell({});
+        time.advance(std::chrono::hours(24 * 29));
+        logAndTell(2);
+    }
+    void checkIsSound() const
+    {
+        CHECK(balance() == "balanced");
+        CHECK(count(LedgerEntry::Found) == 2); // of the older version
+        CHECK(count(LedgerEntry::Lost) == 0);
+        CHECK(status()->integrity == "ok");
+    }
+};
+
 } // namespace
 
 TEST_CASE("whatever is wrong with its database, events go on, and are stored again once it can be used")
@@ -211,60 +254,42 @@ TEST_CASE("at the end what was accepted is stored or counted, and the end is tol
     }
 }
 
-TEST_CASE("what was accepted before the end is stored, in order")
+TEST_CASE("whatever call to the files fails, the next run has a sound file, and tells of every event")
 {
-    EngineInFolder engine;
-    APMAnalytics &analytics = engine.start();
-    fileFaults::plan(Fault::FailOnce); // none: they are counted
-    log(analytics, 1, 5000);
-    CHECK(fileFaults::calls() == 0); // not by the caller
-    REQUIRE(engine.end());
-    CHECK(fileFaults::calls() > 0);
-    fileFaults::plan(Fault::None);
-    CHECK(numbers(engine) == fromTo(1, 5000));
-    engine.start();
-    CHECK(engine.balance() == "balanced");
-    log(engine.analytics(), 5001, 1);
-    REQUIRE(engine.end());
-    CHECK(numbers(engine) == fromTo(1, 5001));
+    for (const Fault fault : {Fault::FailOnce, Fault::FailFromThenOn}) {
+        long calls = 1;
+        for (long at = 0; at <= calls; at += fault == Fault::FailOnce ? 1 : 5) {
+            CAPTURE(int(fault));
+            CAPTURE(at);
+            UpgradedEngine engine;
+            fileFaults::plan(fault, at);
+            engine.live([](Told) {});
+            CHECK(engine.tally().balance(0, std::uint64_t(engine.tally().waitingRows())));
+            CHECK(engine.end());
+            if (at == 0)
+                calls = fileFaults::calls();
+            fileFaults::plan(Fault::None);
+            log(engine.start(), 1000, 1);
+            engine.time.runUntilIdle();
+            engine.checkIsSound();
+            CHECK(numbers(engine).back() == 1000);
+        }
+        CHECK(calls > 50);
+    }
 }
 
 TEST_CASE("killed at any change to its files, it keeps every event that was committed, once")
 {
-    struct Told {
-        std::int64_t lastKept = 0;
-        std::int64_t changes = 0;
-    };
-    const auto live = [](EngineInFolder &engine, const std::function<void(Told)> &tell) {
-        APMAnalytics &analytics = engine.start();
-        std::int64_t last = 0;
-        const auto logAndTell = [&](std::int64_t count) {
-            log(analytics, last + 1, count);
-            analytics.setUserPropertyString(std::to_string(count), "p");
-            engine.time.runUntilIdle();
-            tell({last += count, fileFaults::calls()});
-        };
-        for (const std::int64_t count : {1, 6, 2, 9, 3, 12})
-            logAndTell(count);
-        tell({}); // what was stored may go now
-        analytics.resetAnalyticsData();
-        logAndTell(3);
-        tell({});
-        engine.time.advance(std::chrono::hours(24 * 29));
-        logAndTell(2);
-    };
-    const auto run = [&live](long at) {
-        EngineInFolder engine({{"measurement.store.max_stored_events_per_app", std::int64_t{25}}});
-        std::filesystem::create_directories(engine.file.parent_path());
-        REQUIRE((*Database::open(engine.file, OpenMode::Write, 0s))->execute(olderVersion));
+    const auto run = [](long at) {
+        UpgradedEngine engine;
         int ends[2]{};
         REQUIRE(pipe(ends) == 0);
         const pid_t child = fork();
         if (child == 0) {
             fileFaults::plan(Fault::KillAtChange, at);
             bool isTold = true;
-            live(engine,
-                 [&](Told told) { isTold = isTold && write(ends[1], &told, sizeof told) == sizeof told; });
+            engine.live(
+                [&](Told told) { isTold = isTold && write(ends[1], &told, sizeof told) == sizeof told; });
             _exit(isTold ? 0 : 1);
         }
         close(ends[1]);
@@ -276,10 +301,7 @@ TEST_CASE("killed at any change to its files, it keeps every event that was comm
         REQUIRE(waitpid(child, &status, 0) == child);
         CHECK(WIFSIGNALED(status) == (at > 0));
         engine.start();
-        CHECK(engine.balance() == "balanced");
-        CHECK(engine.count(LedgerEntry::Found) == 2); // of the older version
-        CHECK(engine.count(LedgerEntry::Lost) == 0);
-        CHECK(engine.status()->integrity == "ok");
+        engine.checkIsSound();
         const auto stored = numbers(engine);
         const std::int64_t last = stored.empty() ? 0 : stored.back();
         CHECK(last >= told.lastKept);

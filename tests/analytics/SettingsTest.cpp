@@ -35,16 +35,16 @@ TEST_CASE("a setting that is out of its bounds, or no number, is the default")
 
 TEST_CASE("a switch takes true and false, 1 and 0, and nothing else")
 {
-    const char *key = "measurement.item_scoped_custom_parameter_enabled"; // on
-    const auto isOn = [key](PropertyList value) {
-        const APMRemoteConfig config(PropertyList::Dictionary{{key, std::move(value)}});
-        return config.isOn(APMSwitch::ItemScopedCustomParameterEnabled);
-    };
-    CHECK_FALSE(isOn(false));
-    CHECK_FALSE(isOn(std::int64_t{0}));
-    CHECK(isOn(1.0));
-    CHECK(isOn(std::int64_t{2}));
-    CHECK(isOn(std::string("false")));
+    const std::pair<PropertyList, bool> rows[] = {{false, false},
+                                                  {std::int64_t{0}, false},
+                                                  {1.0, true},
+                                                  {std::int64_t{2}, true},
+                                                  {std::string("false"), true}};
+    for (const auto &[value, expected] : rows) { // of what is on by itself
+        const PropertyList::Dictionary given{{"measurement.item_scoped_custom_parameter_enabled", value}};
+        const APMRemoteConfig config(given);
+        CHECK(config.isOn(APMSwitch::ItemScopedCustomParameterEnabled) == expected);
+    }
     CHECK_FALSE(APMRemoteConfig().isOn(APMSwitch::BlacklistPublic));
 }
 

@@ -302,22 +302,9 @@ TEST_CASE("the first error is the one that an event's marker keeps")
                                     {"_ev", value(times(40, emoji) + "...")}};
     CHECK((parameters == expected));
 
-    const APMEvent event =
-        errorEvent({CallSite::UserPropertyValue, Code::TooLong, times(24, "a"), 37}, 5, monitor);
-    CHECK(event.origin == "auto");
-    CHECK(event.name == "_err");
-    const APMParameters inEvent = {{"_err", APMValue(std::int64_t{7})},
-                                   {"_ev", value(times(24, "a"))},
-                                   {"_el", APMValue(std::int64_t{37})}};
-    CHECK((event.parameters == inEvent));
-
     isMemoryShort = true;
     CHECK(trimmed("four", 3, monitor) == "four");
     isMemoryShort = false;
     CHECK(monitor.lines.at(0) ==
           RecordingMonitor::Line{Level::Error, 18000, "Failed to malloc bytes for trimming. Bytes: 12"});
-    CHECK(nameAtFault(std::nullopt) == "(nil)");
-    CHECK(storedEventName("screen_view") == "_vs");
-    CHECK(storedEventName("level_up") == "level_up");
-    CHECK(storedUserPropertyName("user_id") == "_id");
 }

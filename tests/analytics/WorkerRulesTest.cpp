@@ -78,14 +78,11 @@ TEST_CASE("a day begins at the midnight that was kept first, and starts every co
         MeasurementConfig config(defaults);
         CHECK(config.midnightOffset(60) == -3600);
         CHECK(config.midnightOffset(-120) == -3600);
-        CHECK_FALSE(config.sessionTimeoutInterval());
-        config.setSessionTimeoutInterval(90.5);
         config.setLastStaleDataDeletion(1e9);
     }
     UserDefaults defaults(file, console);
     MeasurementConfig config(defaults);
     CHECK(config.midnightOffset(0) == -3600);
-    CHECK(config.sessionTimeoutInterval() == 90.5);
     CHECK(config.lastStaleDataDeletion() == 1e9);
 
     const double nan = std::numeric_limits<double>::quiet_NaN(); // a file that somebody has edited

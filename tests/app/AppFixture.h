@@ -11,9 +11,12 @@
 
 namespace skyflare {
 
-/// A folder for the files of an app, and what is in it.
+/// A folder for the files of an app, what is in it, and what every user of an app does.
 struct AppFixture {
+    static constexpr const char *caughtLine = "Logged event: catch_photo ";
+
     TemporaryFolder folder;
+    std::filesystem::path pictures = folder / "Pictures/Skyflare";
 
     [[nodiscard]] AppSetup setup() const { return {.folder = folder.path()}; }
 
@@ -27,6 +30,16 @@ struct AppFixture {
     [[nodiscard]] std::int64_t storedPhotos() const
     {
         return database()->number("SELECT count(*) FROM PhotoEntity").value();
+    }
+    /// Whatever is in the folder for pictures.
+    [[nodiscard]] std::vector<std::filesystem::path> savedFiles() const
+    {
+        return {std::filesystem::directory_iterator(pictures), {}};
+    }
+    /// Waits until the gallery counts as many photos as are stored.
+    void seeAllCounted(DrivenApp &app) const
+    {
+        app.readUntil("photoCountLabel", "\\(" + std::to_string(storedPhotos()) + "\\)");
     }
 
     static void passOnboarding(DrivenApp &app)
@@ -43,6 +56,18 @@ struct AppFixture {
         app.click("frequencyButton");
         app.click("5 photos");
         app.readUntil("frequencyButton", "Capture Frequency: 5 photos");
+    }
+    static void start(DrivenApp &app)
+    {
+        app.click("Start");
+        app.readUntil("mainButton", "Stop");
+    }
+    /// Ends it, as the title bar's button does.
+    static void end(DrivenApp &app)
+    {
+        app.close();
+        CHECK(app.wait() == 0);
+        CHECK(app.complaints() == "");
     }
 };
 

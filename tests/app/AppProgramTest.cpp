@@ -1,65 +1,42 @@
-// The whole app, as a person or a desktop starts it; without a display.
+// The program itself, as a person or a desktop starts it; without a display.
 
 #include "platform/base/Files.h"
-#include "tests/fakes/ChildProcess.h"
-#include "tests/fakes/TemporaryFolder.h"
-
-#include <doctest/doctest.h>
+#include "tests/app/AppFixture.h"
 
 #include <csignal>
-#include <filesystem>
 #include <fstream>
 
 using namespace skyflare;
 
 namespace {
 
-struct Program {
-    TemporaryFolder folder;
-
-    [[nodiscard]] std::vector<std::string> command() const
-    {
-        return {"/usr/bin/env",
-                "QT_QPA_PLATFORM=offscreen",
-                "QT_QUICK_BACKEND=software",
-                SKYFLARE,
-                "--camera",
-                "simulated",
-                "--data-dir",
-                folder.path().string()};
-    }
-    /// Reads until that line comes; false if it never does.
-    static bool waitFor(ChildProcess &process, const std::string &line)
-    {
-        while (const auto next = process.readLine()) {
-            if (*next == line)
-                return true;
-        }
-        return false;
-    }
+struct Program : AppFixture {
+    [[nodiscard]] AppSetup setup() const { return {.folder = folder.path(), .program = SKYFLARE}; }
 };
+
+constexpr const char *servesItsLoop = "Permission granted: false";
 
 } // namespace
 
 TEST_CASE_FIXTURE(Program, "a second start asks the first one, and ends; Ctrl-C ends the first")
 {
-    ChildProcess first(command());
-    REQUIRE(waitFor(first, "Permission granted: false")); // it serves its loop
+    DrivenApp first(setup());
+    first.waitForLine(servesItsLoop);
     for (int start = 0; start < 2; ++start) {
-        ChildProcess later(command());
-        CHECK(later.readAll().empty());
+        DrivenApp later(setup());
         CHECK(later.wait() == 0);
+        CHECK(later.lines().empty());
     }
-    first.signal(SIGINT);
+    first.process().signal(SIGINT);
     CHECK(first.wait() == 0);
-    CHECK(std::filesystem::exists(folder / "data" / "Storage.sqlite"));
+    CHECK(std::filesystem::exists(folder / "data/Storage.sqlite"));
 
-    ChildProcess next(command()); // what a killed one has left behind is in nobody's way
-    REQUIRE(waitFor(next, "Permission granted: false"));
-    next.kill();
-    ChildProcess afterKill(command());
-    CHECK(waitFor(afterKill, "Permission granted: false"));
-    afterKill.signal(SIGTERM);
+    DrivenApp next(setup()); // what a killed one has left behind is in nobody's way
+    next.waitForLine(servesItsLoop);
+    next.process().kill();
+    DrivenApp afterKill(setup());
+    afterKill.waitForLine(servesItsLoop);
+    afterKill.process().signal(SIGTERM);
     CHECK(afterKill.wait() == 0);
 }
 
@@ -67,13 +44,11 @@ TEST_CASE_FIXTURE(Program, "a store that cannot be loaded ends the app with the 
 {
     std::filesystem::create_directories(folder / "data");
     const std::string garbage = "this is no database, but it is somebody's file";
-    std::ofstream(folder / "data" / "Storage.sqlite") << garbage;
-    ChildProcess process(command());
-    process.readAll();
-    CHECK(process.wait() == 1);
-    CHECK(process.errors().find("Unresolved error ") != std::string::npos);
-    CHECK(process.errors().find("Storage.sqlite") != std::string::npos);
-    const auto bytes = readFile(folder / "data" / "Storage.sqlite");
-    REQUIRE(bytes);
-    CHECK(std::string(bytes->begin(), bytes->end()) == garbage);
+    std::ofstream(folder / "data/Storage.sqlite") << garbage;
+    DrivenApp app(setup());
+    CHECK(app.wait() == 1);
+    CHECK(app.complaints().find("Unresolved error ") != std::string::npos);
+    CHECK(app.complaints().find("Storage.sqlite") != std::string::npos);
+    const Bytes bytes = readFile(folder / "data/Storage.sqlite").value();
+    CHECK(std::string(bytes.begin(), bytes.end()) == garbage);
 }

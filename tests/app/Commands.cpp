@@ -15,9 +15,18 @@ namespace {
 const std::optional<QString> done = QString();
 const std::optional<QString> notYet;
 
+/// As soon as that item is seen.
+template <typename Try> Attempt onItem(const QString &name, Try attempt)
+{
+    return [name, attempt]() mutable {
+        QQuickItem *const item = Screen::find(name);
+        return item != nullptr ? attempt(*item) : notYet;
+    };
+}
+
 Attempt see(const QString &name)
 {
-    return [name] { return Screen::find(name) != nullptr ? done : notYet; };
+    return onItem(name, [](const QQuickItem & /*any*/) { return done; });
 }
 
 Attempt miss(const QString &name)
@@ -25,121 +34,85 @@ Attempt miss(const QString &name)
     return [name] { return Screen::isShown() && Screen::find(name) == nullptr ? done : notYet; };
 }
 
-Attempt read(const QString &name)
-{
-    return [name] {
-        QQuickItem *const item = Screen::find(name);
-        return item != nullptr ? Screen::text(*item) : notYet;
-    };
-}
-
 Attempt readUntil(const QString &condition)
 {
     const QString equals = QStringLiteral(" = ");
     const QRegularExpression wanted(QRegularExpression::anchoredPattern(condition.section(equals, 1)));
-    return [text = read(condition.section(equals, 0, 0)), wanted] {
-        const auto now = text();
-        return now && wanted.match(*now).hasMatch() ? now : notYet;
-    };
+    return onItem(condition.section(equals, 0, 0), [wanted](QQuickItem &item) {
+        const QString now = Screen::text(item);
+        return wanted.match(now).hasMatch() ? std::optional(now) : notYet;
+    });
 }
 
-using MouseGesture = void (*)(QWindow *, Qt::MouseButton, Qt::KeyboardModifiers, QPoint, int);
-
-/// In the middle of that item, as soon as it is enabled and no longer on its way.
-Attempt with(MouseGesture gesture, const QString &name)
-{
-    return [gesture, name, before = QRectF()]() mutable {
-        const QQuickItem *const item = Screen::find(name);
-        if (item == nullptr || !item->isEnabled())
-            return notYet;
-        const QRectF place = Screen::place(*item);
-        if (std::exchange(before, place) != place || place.isEmpty())
-            return notYet;
-        gesture(Screen::window(), Qt::LeftButton, {}, place.center().toPoint(), -1);
-        return done;
-    };
-}
-
+/// In its middle, as soon as it is enabled and no longer on its way.
 Attempt click(const QString &name)
 {
-    return with(&QTest::mouseClick, name);
-}
-
-Attempt doubleClick(const QString &name)
-{
-    return with(&QTest::mouseDClick, name);
-}
-
-Attempt press(const QString &keys)
-{
-    return [keys] {
-        QQuickWindow *const window = Screen::window();
-        if (window == nullptr || !window->isActive())
+    return onItem(name, [before = QRectF()](const QQuickItem &item) mutable {
+        const QRectF place = Screen::place(item);
+        if (!item.isEnabled() || std::exchange(before, place) != place || place.isEmpty())
             return notYet;
-        QTest::keySequence(window, QKeySequence(keys, QKeySequence::PortableText));
+        QTest::mouseClick(Screen::window(), Qt::LeftButton, {}, place.center().toPoint());
         return done;
-    };
-}
-
-Attempt focus(const QString & /*nothing*/)
-{
-    return [] {
-        const QQuickWindow *const window = Screen::window();
-        const QQuickItem *const item = window != nullptr ? window->activeFocusItem() : nullptr;
-        return item != nullptr ? item->objectName() : notYet;
-    };
+    });
 }
 
 Attempt change(const QString &name)
 {
-    return [name, before = QImage()]() mutable {
-        const QQuickItem *const item = Screen::find(name);
-        if (item == nullptr)
-            return notYet;
-        const QImage now = Screen::picture(Screen::place(*item));
+    return onItem(name, [before = QImage()](const QQuickItem &item) mutable {
+        const QImage now = Screen::picture(Screen::place(item));
         const QImage last = std::exchange(before, now);
         return last.size() == now.size() && last != now ? done : notYet;
+    });
+}
+
+/// As soon as there is a window.
+template <typename Try> Attempt inWindow(Try attempt)
+{
+    return [attempt] {
+        QQuickWindow *const window = Screen::window();
+        return window != nullptr ? attempt(*window) : notYet;
     };
 }
 
-Attempt paint(const QString &file)
+Attempt press(const QString &keys)
 {
-    return [file] {
-        const QQuickWindow *const window = Screen::window();
-        const bool isPainted =
-            window != nullptr && Screen::picture(QRectF(QPointF(), window->size())).save(file);
-        return isPainted ? done : notYet;
-    };
+    return inWindow([keys](QQuickWindow &window) {
+        if (!window.isActive())
+            return notYet;
+        QTest::keySequence(&window, QKeySequence(keys, QKeySequence::PortableText));
+        return done;
+    });
+}
+
+Attempt focus(const QString & /*nothing*/)
+{
+    return inWindow([](QQuickWindow &window) {
+        const QQuickItem *const item = window.activeFocusItem();
+        return item != nullptr ? item->objectName() : notYet;
+    });
 }
 
 Attempt resize(const QString &size)
 {
-    return [wanted = QSize(size.section(' ', 0, 0).toInt(), size.section(' ', 1).toInt())] {
-        QQuickWindow *const window = Screen::window();
-        if (window == nullptr)
-            return notYet;
-        window->resize(wanted);
-        return window->contentItem()->size() == QSizeF(wanted) ? done : notYet;
-    };
+    return inWindow([wanted = QSize(size.section(' ', 0, 0).toInt(), size.section(' ', 1).toInt())](
+                        QQuickWindow &window) {
+        window.resize(wanted);
+        return window.contentItem()->size() == QSizeF(wanted) ? done : notYet;
+    });
 }
 
 Attempt close(const QString & /*nothing*/)
 {
-    return [] {
-        QQuickWindow *const window = Screen::window();
-        return window != nullptr && window->close() ? done : notYet;
-    };
+    return inWindow([](QQuickWindow &window) { return window.close() ? done : notYet; });
 }
 
 Attempt graphics(const QString & /*nothing*/)
 {
-    return [] {
-        const QQuickWindow *const window = Screen::window();
-        if (window == nullptr || !window->isSceneGraphInitialized())
-            return notYet;
-        const bool isOpenGL = window->rendererInterface()->graphicsApi() == QSGRendererInterface::OpenGL;
-        return std::optional<QString>(isOpenGL ? "OpenGL" : "another");
-    };
+    return inWindow([](QQuickWindow &window) {
+        const auto api = window.rendererInterface()->graphicsApi();
+        const char *const name = api == QSGRendererInterface::OpenGL ? "OpenGL" : "another";
+        return window.isSceneGraphInitialized() ? std::optional<QString>(name) : notYet;
+    });
 }
 
 struct Command {
@@ -148,10 +121,8 @@ struct Command {
 };
 
 constexpr Command commands[] = {
-    {"see", see},           {"miss", miss},          {"read", read},     {"until", readUntil},
-    {"click", click},       {"double", doubleClick}, {"press", press},   {"focus", focus},
-    {"change", change},     {"paint", paint},        {"resize", resize}, {"close", close},
-    {"graphics", graphics},
+    {"see", see},     {"miss", miss},     {"until", readUntil}, {"click", click}, {"press", press},
+    {"focus", focus}, {"change", change}, {"resize", resize},   {"close", close}, {"graphics", graphics},
 };
 
 } // namespace

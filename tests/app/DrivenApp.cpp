@@ -10,25 +10,15 @@ namespace {
 
 std::vector<std::string> commandLine(const AppSetup &setup)
 {
-    std::vector<std::string> command{"/usr/bin/env",
-                                     "-u",
-                                     "DBUS_SESSION_BUS_ADDRESS",
-                                     "-u",
-                                     "DISPLAY",
-                                     "QT_QPA_PLATFORM=offscreen",
-                                     "QT_QUICK_BACKEND=software",
-                                     "LC_ALL=C.UTF-8",
-                                     "LANGUAGE=en"};
-    const auto append = [&command](const auto &more) {
+    std::vector<std::string> command{"/usr/bin/env", "-u", "DBUS_SESSION_BUS_ADDRESS", "-u", "DISPLAY"};
+    const auto append = [&command](const std::vector<std::string> &more) {
         command.insert(command.end(), more.begin(), more.end());
     };
-    command.push_back("XDG_RUNTIME_DIR=" + setup.folder.string());
-    command.push_back("DBUS_SYSTEM_BUS_ADDRESS=unix:path=" + (setup.folder / "no-bus").string());
+    append({"QT_QPA_PLATFORM=offscreen", "QT_QUICK_BACKEND=software", "LC_ALL=C.UTF-8", "LANGUAGE=en",
+            "TZ=UTC", "XDG_RUNTIME_DIR=" + setup.folder.string(),
+            "DBUS_SYSTEM_BUS_ADDRESS=unix:path=" + (setup.folder / "no-bus").string()});
     append(setup.environment);
-    command.emplace_back(APP_DRIVER);
-    if (!setup.deployment.empty())
-        append(std::vector<std::string>{"--deployment", setup.deployment.string()});
-    append(std::vector<std::string>{"--data-dir", setup.folder.string()});
+    append({setup.program, "--data-dir", setup.folder.string()});
     append(setup.options);
     return command;
 }
@@ -52,19 +42,9 @@ std::string DrivenApp::ask(const std::string &command)
     throw std::runtime_error(command + ": the app has ended; " + process_.errors());
 }
 
-void DrivenApp::resize(int width, int height)
+void DrivenApp::waitForLine(const std::string &start, std::size_t lines)
 {
-    ask("resize " + std::to_string(width) + ' ' + std::to_string(height));
-}
-
-std::string DrivenApp::readUntil(const std::string &name, const std::string &pattern)
-{
-    return ask("until " + name + " = " + pattern);
-}
-
-void DrivenApp::waitForLine(const std::string &start)
-{
-    while (count(start) == 0) {
+    while (count(start) < lines) {
         const auto line = process_.readLine();
         if (!line)
             throw std::runtime_error("the app has ended, and has not printed " + start);

@@ -12,8 +12,9 @@ namespace skyflare {
 struct AppSetup {
     std::filesystem::path folder; ///< its files
     std::vector<std::string> options = {"--camera", "simulated"};
-    std::vector<std::string> environment = {}; ///< NAME=VALUE, beside what all tests have
-    std::filesystem::path deployment = {};     ///< what its deployer has set up; empty: nothing
+    std::vector<std::string> environment =
+        {}; ///< NAME=VALUE, beside what all tests have; then what starts it
+    std::string program = APP_DRIVER;
 };
 
 /// The whole app in a process of its own, used by clicks and keys. Without a display and a session bus,
@@ -26,28 +27,31 @@ public:
 
     /// @param name  an item's object name or accessible name; the second so named from the top is "NAME#2"
     void click(const std::string &name) { ask("click " + name); }
-    void doubleClick(const std::string &name) { ask("double " + name); }
     /// @param keys  such as "Space" or "Ctrl+Q"
     void press(const std::string &keys) { ask("press " + keys); }
-    void resize(int width, int height);
+    void resize(int width, int height)
+    {
+        ask("resize " + std::to_string(width) + ' ' + std::to_string(height));
+    }
     /// As the title bar's button does.
     void close() { ask("close"); }
 
     void see(const std::string &name) { ask("see " + name); }
     void miss(const std::string &name) { ask("miss " + name); }
-    std::string read(const std::string &name) { return ask("read " + name); }
+    std::string read(const std::string &name) { return readUntil(name, ".*"); }
     /// @param pattern  of the whole text; a regular expression
-    std::string readUntil(const std::string &name, const std::string &pattern);
+    std::string readUntil(const std::string &name, const std::string &pattern)
+    {
+        return ask("until " + name + " = " + pattern);
+    }
     /// Waits until its picture changes.
     void seeChange(const std::string &name) { ask("change " + name); }
-    /// Writes what the window shows.
-    void paint(const std::filesystem::path &file) { ask("paint " + file.string()); }
     /// The object name of what has the focus.
     std::string focus() { return ask("focus"); }
     std::string graphics() { return ask("graphics"); }
 
-    /// Waits until it has printed a line that begins so.
-    void waitForLine(const std::string &start);
+    /// Waits until it has printed that many lines that begin so.
+    void waitForLine(const std::string &start, std::size_t lines = 1);
     /// Waits for the end. @return the exit status
     int wait();
     [[nodiscard]] ChildProcess &process() { return process_; }

@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <string>
 #include <tuple>
 #include <utility>
 
@@ -20,33 +21,20 @@ Driver::Driver() : inputReady_(STDIN_FILENO, QSocketNotifier::Read)
 {
     again_.setInterval(pauseMs);
     QObject::connect(&again_, &QTimer::timeout, &again_, [this] { tryOnce(); });
-    QObject::connect(&inputReady_, &QSocketNotifier::activated, &inputReady_, [this] { read(); });
+    QObject::connect(&inputReady_, &QSocketNotifier::activated, &inputReady_, [this] { begin(); });
 }
 
-void Driver::read()
+/// Takes one line; what follows it stays where it is until this is answered.
+void Driver::begin()
 {
-    char block[4096];
-    const ssize_t count = ::read(STDIN_FILENO, block, sizeof block);
-    if (count <= 0) // whoever spoke has gone
-        return inputReady_.setEnabled(false);
-    input_.append(block, count);
-    next();
-}
-
-/// One after the other: whoever speaks need not wait for the answers.
-void Driver::next()
-{
-    const qsizetype end = input_.indexOf('\n');
-    if (again_.isActive() || end < 0)
+    inputReady_.setEnabled(false);
+    std::string line;
+    char next = 0;
+    while (::read(STDIN_FILENO, &next, 1) == 1 && next != '\n')
+        line += next;
+    if (next != '\n') // whoever spoke has gone
         return;
-    const QString line = QString::fromUtf8(input_.left(end));
-    input_.remove(0, end + 1);
-    begin(line);
-}
-
-void Driver::begin(const QString &line)
-{
-    attempt_ = attemptFor(line);
+    attempt_ = attemptFor(QString::fromStdString(line));
     if (!attempt_)
         return answer("failed: there is no such command");
     waiting_.start();
@@ -72,7 +60,7 @@ void Driver::answer(const QString &text)
     again_.stop();
     const QByteArray line = "driver: " + text.simplified().toUtf8() + '\n';
     std::ignore = ::write(STDOUT_FILENO, line.constData(), static_cast<std::size_t>(line.size()));
-    next();
+    inputReady_.setEnabled(true);
 }
 
 } // namespace skyflare

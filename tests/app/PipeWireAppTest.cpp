@@ -17,9 +17,7 @@ struct FlashingCamera : AppFixture {
 
     [[nodiscard]] AppSetup setup() const
     {
-        AppSetup setup = AppFixture::setup();
-        setup.options = {"--camera", "night watch"};
-        return setup;
+        return {.folder = folder.path(), .options = {"--camera", "night watch"}};
     }
 };
 
@@ -30,8 +28,7 @@ TEST_CASE_FIXTURE(FlashingCamera,
 {
     DrivenApp app(setup());
     passOnboarding(app);
-    app.click("Start");
-    app.readUntil("mainButton", "Stop");
+    start(app);
     app.miss("simulatedCamera");
     app.see("lastPhotoButton");
     camera->kill();
@@ -48,7 +45,7 @@ TEST_CASE_FIXTURE(FlashingCamera,
     CHECK(app.read("mainButton") == "Stop");
     app.close();
     CHECK(app.wait() == 0);
-    CHECK(storedPhotos() == static_cast<std::int64_t>(app.count("Logged event: catch_photo ")));
+    CHECK(storedPhotos() == static_cast<std::int64_t>(app.count(caughtLine)));
 }
 
 TEST_CASE_FIXTURE(FlashingCamera, "a window that is closed while a photo is being saved keeps it")
@@ -68,5 +65,5 @@ TEST_CASE_FIXTURE(FlashingCamera, "a window that is closed while a photo is bein
     REQUIRE(store->execute("ROLLBACK"));
     CHECK(app.wait() == 0);
     CHECK(storedPhotos() > before);
-    CHECK(storedPhotos() == static_cast<std::int64_t>(app.count("Logged event: catch_photo ")));
+    CHECK(storedPhotos() == static_cast<std::int64_t>(app.count(caughtLine)));
 }

@@ -11,10 +11,10 @@ namespace skyflare {
 
 namespace {
 
-QString accessibleText(QQuickItem &item, QAccessible::Text kind)
+QString accessibleName(QQuickItem &item)
 {
     auto *const accessible = QAccessible::queryAccessibleInterface(&item);
-    return accessible == nullptr ? QString() : accessible->text(kind);
+    return accessible == nullptr ? QString() : accessible->text(QAccessible::Name);
 }
 
 /// Shows `visit` what is seen in `item`, from the top down, until it says that this is enough.
@@ -61,7 +61,7 @@ QQuickItem *Screen::find(const QString &name)
     int left = std::max(1, name.section('#', 1).toInt());
     QQuickItem *found = nullptr;
     visitSeen([&](QQuickItem &item) {
-        if ((isMeant(item.objectName()) || isMeant(accessibleText(item, QAccessible::Name))) && --left == 0)
+        if ((isMeant(item.objectName()) || isMeant(accessibleName(item))) && --left == 0)
             found = &item;
         return found != nullptr;
     });
@@ -70,8 +70,14 @@ QQuickItem *Screen::find(const QString &name)
 
 QString Screen::text(QQuickItem &item)
 {
-    const QString description = accessibleText(item, QAccessible::Description);
-    return accessibleText(item, QAccessible::Name) + (description.isEmpty() ? "" : ": " + description);
+    auto *const accessible = QAccessible::queryAccessibleInterface(&item);
+    if (accessible == nullptr)
+        return {};
+    const QString description = accessible->text(QAccessible::Description);
+    const QString state = !accessible->state().checkable ? ""
+                          : accessible->state().checked  ? " (on)"
+                                                         : " (off)";
+    return accessible->text(QAccessible::Name) + state + (description.isEmpty() ? "" : ": " + description);
 }
 
 QRectF Screen::place(const QQuickItem &item)

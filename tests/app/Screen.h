@@ -18,7 +18,7 @@ public:
     /// is the second of them, from the top. Null where there is none.
     [[nodiscard]] static QQuickItem *find(const QString &name);
 
-    /// The item's accessible name; with a description, "NAME: DESCRIPTION".
+    /// The item's accessible name; with a description, "NAME: DESCRIPTION". A switch's is "NAME (on)".
     [[nodiscard]] static QString text(QQuickItem &item);
 
     /// Where it is in the window.

@@ -1,61 +1,150 @@
 // The whole app in its window, as somebody uses it from the first launch on.
 
+#include "platform/base/Files.h"
 #include "tests/app/AppFixture.h"
+
+#include <algorithm>
+#include <ctime>
 
 using namespace skyflare;
 
-TEST_CASE_FIXTURE(AppFixture, "the first evening: explained, chosen, three bursts caught, all of it kept")
+namespace {
+
+void learn(DrivenApp &app)
 {
-    std::size_t caught = 0;
+    app.see("Welcome to Skyflare!");
+    CHECK(app.focus() == "onboarding");
+    app.click("onboarding");
+    app.see("How big a flash takes a photo.*");
+    app.press("Space");
+    app.see("How many photos Skyflare may take*");
+    CHECK(app.read("onboarding") == "Next");
+    app.press("Return");
+    app.see("Main Button");
+    CHECK(app.read("onboarding") == "Done");
+    app.click("onboarding");
+    app.miss("onboarding");
+    CHECK(app.focus() == "mainButton");
+}
+
+void watchTheShow(DrivenApp &app)
+{
+    app.see("simulatedCamera");
+    app.miss("lastPhotoButton");
+    CHECK(app.read("statusText") == "Ready to capture fireworks");
+    AppFixture::start(app);
+    app.miss("settingsButton");
+    app.seeChange("preview");
+    app.readUntil("lightPower", "Light Power 0\\.\\d\\d");
+    app.readUntil("lastPhotoButton", "All Photos: ([3-9]|\\d\\d)");
+    app.readUntil("lastDifference", "Last Rise 0\\.\\d\\d");
+    app.press("Space");
+    app.readUntil("mainButton", "Start");
+    app.readUntil("statusText", "Ready to capture fireworks\\.\\.\\.");
+}
+
+void lookAtTheNewest(DrivenApp &app, std::int64_t photos)
+{
+    app.click("lastPhotoButton");
+    app.readUntil("photoCountLabel", "\\(" + std::to_string(photos) + "\\)");
+    const std::int64_t shown = std::min<std::int64_t>(20, photos);
+    app.see("PhotoCell#" + std::to_string(shown));
+    app.miss("PhotoCell#" + std::to_string(shown + 1));
+    app.press("Return");
+    app.see("imageContainer");
+}
+
+void deleteItAndThenAll(DrivenApp &app, std::int64_t photos)
+{
+    app.press("Delete");
+    app.see("Are you sure you want to delete this photo?");
+    app.click("Delete");
+    app.readUntil("photoCountLabel", "\\(" + std::to_string(photos - 1) + "\\)");
+    app.click("Delete All");
+    app.click("Yes, Delete All");
+    app.readUntil("photoCountLabel", "\\(0\\)");
+    app.miss("PhotoCell");
+    app.miss("Delete All");
+    app.press("Escape");
+    app.see("mainButton");
+    app.miss("lastPhotoButton");
+}
+
+/// It bears the moment at which its photo was taken.
+void checkDates(const std::filesystem::path &file, std::chrono::milliseconds taken)
+{
+    using namespace std::chrono;
+    const auto touched = file_clock::to_sys(std::filesystem::last_write_time(file)).time_since_epoch();
+    CHECK(duration_cast<milliseconds>(touched) == taken);
+    const std::time_t second = floor<seconds>(taken).count();
+    char exif[20] = {};
+    std::strftime(exif, sizeof exif, "%Y:%m:%d %H:%M:%S", std::gmtime(&second));
+    const Bytes bytes = readFile(file).value();
+    CHECK_FALSE(std::ranges::search(bytes, std::string_view(exif)).empty());
+}
+
+} // namespace
+
+TEST_CASE_FIXTURE(AppFixture, "the first evening: explained, chosen, three bursts caught; and their photos")
+{
     {
         DrivenApp app(setup());
-        app.see("Welcome to Skyflare!");
-        CHECK(app.focus() == "onboarding");
-        app.click("onboarding");
-        app.see("How big a flash takes a photo.*");
-        app.press("Space");
-        app.see("How many photos Skyflare may take*");
-        CHECK(app.read("onboarding") == "Next");
-        app.press("Return");
-        app.see("Main Button");
-        CHECK(app.read("onboarding") == "Done");
-        app.click("onboarding");
-        app.miss("onboarding");
-        CHECK(app.focus() == "mainButton");
-
+        learn(app);
         CHECK(app.read("sensivityButton") == "Sensivity: Medium");
         CHECK(app.read("frequencyButton") == "Capture Frequency: 1 photo");
         chooseHighAndFivePhotos(app);
-        app.see("simulatedCamera");
-        app.miss("lastPhotoButton");
-        CHECK(app.read("statusText") == "Ready to capture fireworks");
-
-        app.click("Start");
-        app.readUntil("mainButton", "Stop");
-        app.miss("settingsButton");
-        app.seeChange("preview");
-        app.readUntil("lightPower", "Light Power 0\\.\\d\\d");
-        app.readUntil("lastPhotoButton", "All Photos: ([3-9]|\\d\\d)");
-        app.readUntil("lastDifference", "Last Rise 0\\.\\d\\d");
-        app.press("Space");
-        app.readUntil("mainButton", "Start");
-        app.readUntil("statusText", "Ready to capture fireworks\\.\\.\\.");
-        app.press("Ctrl+Q");
-        CHECK(app.wait() == 0);
-        CHECK(app.complaints() == "");
-        caught = app.count("Logged event: catch_photo ");
-        CHECK(caught >= 3);
+        watchTheShow(app);
+        end(app);
+        CHECK(app.count(caughtLine) >= 3);
+        CHECK(storedPhotos() == static_cast<std::int64_t>(app.count(caughtLine)));
         CHECK(app.count("Logged event: start_capture ") == 1);
         CHECK(app.count("Logged event: stop_capture ") == 1);
     }
-    CHECK(storedPhotos() == static_cast<std::int64_t>(caught));
-
+    const std::int64_t caught = storedPhotos();
     DrivenApp again(setup());
-    CHECK(again.readUntil("lastPhotoButton", "All Photos: .*") == "All Photos: " + std::to_string(caught));
+    again.readUntil("lastPhotoButton", "All Photos: " + std::to_string(caught));
     again.miss("onboarding");
     CHECK(again.read("sensivityButton") == "Sensivity: High");
     CHECK(again.read("frequencyButton") == "Capture Frequency: 5 photos");
-    again.close();
-    CHECK(again.wait() == 0);
-    CHECK(again.complaints() == "");
+    lookAtTheNewest(again, caught);
+    again.click("Save to Photos");
+    again.see("Saved!");
+    REQUIRE(savedFiles().size() == 1);
+    const char *const newest = "SELECT CAST(round(1000 * max(createdDate)) AS INTEGER) FROM PhotoEntity";
+    checkDates(savedFiles().front(), std::chrono::milliseconds(database()->number(newest).value()));
+    deleteItAndThenAll(again, caught);
+    CHECK(storedPhotos() == 0);
+    end(again);
+}
+
+TEST_CASE_FIXTURE(AppFixture, "what is switched in the settings, in any language, holds after a restart too")
+{
+    AppSetup japanese = setup();
+    japanese.environment = {"LANGUAGE=ja"};
+    {
+        DrivenApp app(japanese);
+        passOnboarding(app);
+        app.press("Ctrl+,");
+        app.readUntil("アプリの言語", "アプリの言語: 日本語");
+        for (const char *const name : {"switch0", "switch1"}) {
+            app.readUntil(name, ".* \\(off\\): .*");
+            app.click(name);
+            app.readUntil(name, ".* \\(on\\): .*");
+        }
+        end(app);
+    }
+    DrivenApp app(setup());
+    app.press("Ctrl+,");
+    app.readUntil("App Language", "App Language: English");
+    app.readUntil("switch0", "Auto Save \\(on\\): .*");
+    app.readUntil("switch1", "Manual Focus \\(on\\): .*");
+    app.press("Escape");
+    start(app);
+    const char *const saved = "Fotoğraf başarıyla galeriye kaydedildi.";
+    app.waitForLine(saved);
+    end(app); // in the middle of a run
+    CHECK(app.count("Logged event: stop_capture ") == 1);
+    CHECK(savedFiles().size() == app.count(caughtLine));
+    CHECK(savedFiles().size() == app.count(saved));
+    CHECK(static_cast<std::int64_t>(savedFiles().size()) == storedPhotos());
 }

@@ -1,6 +1,5 @@
 #include "app/App.h"
 
-#include "tests/fakes/AbortsInChild.h"
 #include "tests/fakes/RecordingConsole.h"
 #include "tests/fakes/TemporaryFolder.h"
 
@@ -63,6 +62,7 @@ TEST_CASE_FIXTURE(AppFixture, "an app that has been launched keeps its settings 
     CHECK(console.lines().empty());
 
     defaults.removeObjectForKey("alreadyLaunched");
+    CHECK_FALSE(UserDefaults(folder / "settings.plist", console).hasObjectForKey("alreadyLaunched"));
     CHECK_FALSE(app.firstLaunch());
     const App next(services());
     CHECK(next.firstLaunch());
@@ -97,14 +97,4 @@ TEST_CASE_FIXTURE(AppFixture, "a setter assigns, stores, announces and then prin
     CHECK(reread.savedPhoto() == -1);
     CHECK(reread.sensivity() == 0.005F);
     CHECK(reread.frequency() == 1.0 / 3);
-}
-
-TEST_CASE_FIXTURE(AppFixture, "the process has one App, which needs its services first")
-{
-    CHECK(abortsInChild([] { App::shared(); }));
-    CHECK_FALSE(abortsInChild([this] {
-        App::setSharedServices(services());
-        if (&App::shared() != &App::shared() || console.lines() != resetLines)
-            std::abort();
-    }));
 }

@@ -19,7 +19,6 @@
 #include <regex>
 #include <set>
 #include <string>
-#include <string_view>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -55,43 +54,26 @@ struct Lookups {
     std::vector<std::string> withoutKey;
 };
 
-/// The text literals between `begin` and the parenthesis that ends the call; literals in a row are one.
-std::vector<std::string> literalsOfCall(const std::string &code, std::size_t begin)
-{
-    std::vector<std::string> literals;
-    bool isInARow = false;
-    int depth = 1;
-    for (auto at = begin; at < code.size() && depth > 0; ++at) {
-        if (code[at] == '"') {
-            const auto end = code.find('"', at + 1);
-            if (!isInARow)
-                literals.emplace_back();
-            literals.back() += code.substr(at + 1, end - at - 1);
-            at = end;
-            isInARow = true;
-        } else if (code[at] != ' ' && code[at] != '\n') {
-            isInARow = false;
-            depth += code[at] == '(' ? 1 : code[at] == ')' ? -1 : 0;
-        }
-    }
-    return literals;
-}
-
 Lookups lookupsInCode(const std::filesystem::path &root)
 {
-    constexpr std::string_view call = "localized(";
+    static const std::regex breaksOfLiterals(R"("\s+")"); // literals in a row are one
+    static const std::regex call(R"(localized\(([^()]*(?:\([^()]*\)[^()]*)*)\))");
+    static const std::regex literal("\"([^\"]*)\"");
+    const std::sregex_iterator none;
     Lookups lookups;
     for (const auto *folder : {"app", "capture", "platform", "screens", "ui"}) {
         for (const auto &entry : std::filesystem::recursive_directory_iterator(root / folder)) {
             const bool isCode = entry.path().extension() == ".cpp" || entry.path().extension() == ".h";
             if (!isCode || entry.path().stem() == "Localization") // which only defines it
                 continue;
-            const std::string code = contentOf(entry.path());
-            for (auto at = code.find(call); at != code.npos; at = code.find(call, at + 1)) {
-                const auto literals = literalsOfCall(code, at + call.size());
-                lookups.keys.insert(literals.begin(), literals.end());
-                if (literals.empty())
+            const std::string code = std::regex_replace(contentOf(entry.path()), breaksOfLiterals, "");
+            for (std::sregex_iterator found(code.begin(), code.end(), call); found != none; ++found) {
+                const std::string arguments = (*found)[1];
+                std::sregex_iterator key(arguments.begin(), arguments.end(), literal);
+                if (key == none)
                     lookups.withoutKey.push_back(entry.path().filename());
+                for (; key != none; ++key)
+                    lookups.keys.insert((*key)[1]);
             }
         }
     }
@@ -116,16 +98,12 @@ struct TablesFixture {
 
     TablesFixture()
     {
-        write("en.json", R"({"Start": "Start", "step0_text2": "Welcome."})");
-        write("tr.json", R"({"Start": "Başlat", "step0_text2": "Hoş geldiniz."})");
-        write("de.json", R"({"Start": "Los"})");
-        write("es.json", R"({"Start": )");
-        write("ja.json", R"({"Start": 1})");
-        write("pt_BR.json", R"({"Start": "Iniciar"})");
-    }
-    void write(const std::string &file, const std::string &content)
-    {
-        std::ofstream(folder / file) << content;
+        folder.write("en.json", R"({"Start": "Start", "step0_text2": "Welcome."})");
+        folder.write("tr.json", R"({"Start": "Başlat", "step0_text2": "Hoş geldiniz."})");
+        folder.write("de.json", R"({"Start": "Los"})");
+        folder.write("es.json", R"({"Start": )");
+        folder.write("ja.json", R"({"Start": 1})");
+        folder.write("pt_BR.json", R"({"Start": "Iniciar"})");
     }
     Localization load(const Languages &languages)
     {
@@ -175,17 +153,6 @@ TEST_CASE_FIXTURE(TablesFixture,
     std::filesystem::remove(folder / "en.json");
     CHECK(load({"tr"}).text("Start") == "Başlat");
     CHECK(console.reports().size() == 2);
-}
-
-TEST_CASE_FIXTURE(TablesFixture,
-                  "the program's texts are its keys until a language is set, then that language's")
-{
-    CHECK(localized("Start") == "Start");
-    Localization::setShared(load({"tr"}));
-    CHECK(localized("Start") == "Başlat");
-    CHECK(Localization::shared().language() == "tr");
-    Localization::setShared({});
-    CHECK(localized("Start") == "Start");
 }
 
 TEST_CASE("every table beside the program has every text, with the same placeholders")

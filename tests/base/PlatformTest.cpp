@@ -1,18 +1,13 @@
-#include "platform/base/Files.h"
 #include "platform/base/StandardConsole.h"
 #include "platform/base/Text.h"
-#include "platform/linux/BackupExclusion.h"
 #include "platform/linux/MachineFacts.h"
-#include "platform/linux/SystemClock.h"
 #include "platform/linux/UserDirectories.h"
 #include "tests/fakes/TemporaryFolder.h"
 
 #include <doctest/doctest.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdlib>
 #include <string>
 
@@ -31,14 +26,6 @@ TEST_CASE("the console writes whole lines, and drops them once nobody reads")
     close(ends[0]);
     console.printLine("nobody reads this"); // SIGPIPE would end the test here
     close(ends[1]);
-}
-
-TEST_CASE("the machine's clocks are two")
-{
-    const SystemClock clock;
-    CHECK(clock.secondsSince1970() > 1'700'000'000.0);
-    CHECK(clock.secondsOfUptime() > 0);
-    CHECK(clock.secondsOfUptime() < 1'700'000'000.0);
 }
 
 TEST_CASE("folders follow the user's environment, or stand below one folder")
@@ -71,43 +58,22 @@ TEST_CASE("a quoted text is one line of valid UTF-8 that a terminal shows as it 
 TEST_CASE("the machine says what it is, as far as it knows")
 {
     const TemporaryFolder root;
-    const auto put = [&root](const char *file, std::string_view text) {
-        REQUIRE(replaceFile(root / file, Bytes(text.begin(), text.end())));
-    };
     for (const char *variable : {"LC_ALL", "LC_MESSAGES", "LANG"})
         unsetenv(variable);
     CHECK(MachineFacts::read(root.path()) == MachineFacts{});
 
-    put("usr/lib/os-release", "ID=other\n");
-    put("etc/os-release", "VERSION_ID=\"12\"\nID_LIKE=sid\nID=debian\n");
-    put("sys/class/dmi/id/product_name", "To Be Filled By O.E.M.\n");
-    put("sys/class/dmi/id/sys_vendor", "LENOVO\n");
-    put("proc/device-tree/model", std::string_view("Raspberry Pi 4\0", 15));
+    root.write("usr/lib/os-release", "ID=other\n");
+    root.write("etc/os-release", "VERSION_ID=\"12\"\nID_LIKE=sid\nID=debian\n");
+    root.write("sys/class/dmi/id/product_name", "To Be Filled By O.E.M.\n");
+    root.write("sys/class/dmi/id/sys_vendor", "LENOVO\n");
+    root.write("proc/device-tree/model", std::string_view("Raspberry Pi 4\0", 15));
     setenv("LANG", "C.UTF-8", 1);
     CHECK(MachineFacts::read(root.path()) ==
           MachineFacts{.osVersion = "debian 12", .deviceModel = "Raspberry Pi 4"});
 
-    put("sys/class/dmi/id/product_name", "20XW \n");
-    put("etc/os-release", "ID=arch\n");
+    root.write("sys/class/dmi/id/product_name", "20XW \n");
+    root.write("etc/os-release", "ID=arch\n");
     setenv("LC_MESSAGES", "sr_RS.UTF-8@latin", 1);
     CHECK(MachineFacts::read(root.path()) ==
           MachineFacts{.osVersion = "arch", .deviceModel = "LENOVO 20XW", .language = "sr-RS"});
-}
-
-TEST_CASE("a file is marked for backup programs, or the error says why not")
-{
-    const TemporaryFolder folder;
-    const auto file = folder / "measured.sql";
-    CHECK(excludeFromBackup(file).error().code == ENOENT);
-    REQUIRE(replaceFile(file, {}));
-    const auto marked = excludeFromBackup(file);
-    if (!marked && marked.error().code == ENOTSUP) {
-        MESSAGE("NOT TESTED: the temporary folder's file system has no extended attributes");
-        return;
-    }
-    REQUIRE(marked);
-    std::array<char, 16> value{};
-    const auto size = getxattr(file.c_str(), "user.xdg.robots.backup", value.data(), value.size());
-    REQUIRE(size == 5);
-    CHECK(std::string(value.data()) == "false");
 }

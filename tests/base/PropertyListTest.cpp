@@ -63,15 +63,6 @@ TEST_CASE("text that is no UTF-8 does not make a list unreadable")
           "\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD\uFFFD|\uFFFD\uFFFD\uFFFD");
 }
 
-TEST_CASE("a property list is read from XML")
-{
-    const auto list = parseText("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                "<plist version=\"1.0\"><dict><key>a &amp; b</key><integer>-5</integer>"
-                                "<key>r</key><real>0.25</real></dict></plist>\n");
-    REQUIRE(list);
-    CHECK(*list == PropertyList(PropertyList::Dictionary{{"a & b", std::int64_t{-5}}, {"r", 0.25}}));
-}
-
 TEST_CASE("what is no whole property list is an error")
 {
     const Bytes whole = sample().serialize();

@@ -166,15 +166,3 @@ TEST_CASE_FIXTURE(WorkerFixture, "a shutdown runs all that was accepted, while m
     mainLoop.run();
     CHECK(ran == std::vector{1, 2, 3});
 }
-
-TEST_CASE("a main loop that never ran lets go of what it was given")
-{
-    const auto held = std::make_shared<int>(1);
-    {
-        MainLoop mainLoop;
-        mainLoop.async([held] {});
-        mainLoop.asyncAfter(24h, [held] {});
-        CHECK(held.use_count() == 3);
-    }
-    CHECK(held.use_count() == 1);
-}

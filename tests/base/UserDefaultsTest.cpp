@@ -8,7 +8,6 @@
 #include <sys/resource.h>
 
 #include <csignal>
-#include <fstream>
 #include <limits>
 
 using namespace skyflare;
@@ -84,24 +83,6 @@ TEST_CASE_FIXTURE(DefaultsFixture, "a typed getter converts what it finds")
     CHECK_FALSE(defaults.hasObjectForKey("key"));
     CHECK_FALSE(defaults.stringForKey("key").has_value());
     CHECK(defaults.doubleForKey("key") == 0);
-}
-
-TEST_CASE_FIXTURE(DefaultsFixture, "settings are written through at once")
-{
-    file = folder / "new folder/settings.plist";
-    UserDefaults defaults(file, console);
-    CHECK_FALSE(fs::exists(file));
-    defaults.setFloat(0.1F, "sensivity");
-    defaults.setDouble(1.0 / 3, "frequency");
-    defaults.setBool(true, "autoSave");
-    defaults.removeObjectForKey("autoSave");
-
-    const UserDefaults reread(file, console);
-    CHECK(reread.floatForKey("sensivity") == 0.1F);
-    CHECK(reread.doubleForKey("frequency") == 1.0 / 3);
-    CHECK_FALSE(reread.hasObjectForKey("autoSave"));
-    CHECK(filesIn(file.parent_path()) == 1);
-    CHECK(console.reports().empty());
 }
 
 TEST_CASE_FIXTURE(DefaultsFixture, "a damaged settings file is kept aside, reported and replaced")

@@ -1,7 +1,8 @@
 #include "logging/LogManager.h"
 
 #include "logging/Timestamp.h"
-#include "tests/fakes/EngineInFolder.h"
+#include "tests/fakes/RecordingConsole.h"
+#include "tests/fakes/VirtualTime.h"
 
 #include <doctest/doctest.h>
 #include <unicode/locid.h>
@@ -58,38 +59,4 @@ TEST_CASE("an event is echoed with its name and its parameters, each in its own 
               R"("timestamp": "2023-11-14 22:13:20 GMT", "totalPhotos": 7])",
               R"(Logged event: button_tapped with parameters: )"
               R"(["buttonName": "a \"b\"\\\n\u{01} ğ", "timestamp": "mine"])"});
-}
-
-TEST_CASE(
-    "an event reaches the engine with its parameters, also one that was logged before the engine started")
-{
-    travelTo("Asia/Kolkata");
-    EngineInFolder engine;
-    LogManager log(engine.time, engine.console);
-    log.logEvent(LogEvent::PhotoSaved); // nobody is there yet
-    engine.launch();
-    log.logEvent(LogEvent::StartCapture);
-    engine.start();
-    log.logEvent(LogEvent::CatchPhoto, {{"difference", 0.42F}, {"totalPhotos", std::int64_t{7}}});
-    log.logEvent(LogEvent::ButtonTapped, {{"timestamp", "mine"}, {"buttonName", "infoButton"}});
-    CHECK(engine.end());
-    log.logEvent(LogEvent::StopCapture); // and nobody any more
-    CHECK(engine.console.reports().empty());
-    CHECK(engine.console.lines().size() == 5);
-
-    std::vector<std::string> names;
-    std::vector<APMParameters> parameters;
-    for (const APMEvent &event : engine.stored())
-        if (event.origin == "app") {
-            names.push_back(event.name);
-            parameters.push_back(event.parameters);
-        }
-    CHECK(names == std::vector<std::string>{"start_capture", "catch_photo", "button_tapped"});
-    const APMParameter now{"timestamp", APMValue("2023-11-15 03:43:20 GMT+05:30")};
-    CHECK(parameters == std::vector<APMParameters>{{now},
-                                                   {{"difference", APMValue(0.41999998688697815)},
-                                                    now,
-                                                    {"totalPhotos", APMValue(std::int64_t{7})}},
-                                                   {{"buttonName", APMValue(std::string("infoButton"))},
-                                                    {"timestamp", APMValue(std::string("mine"))}}});
 }

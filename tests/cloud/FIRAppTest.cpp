@@ -85,25 +85,6 @@ TEST_CASE("as it is built the app knows its version, and nobody to connect to")
     CHECK(console.reports().empty());
 }
 
-TEST_CASE_FIXTURE(DeploymentFixture, "components start once, in their order, with the options")
-{
-    writeList("etc/MipemeService-Info.plist", entry("MIPEME_APP_ID", "1:2:linux:3"));
-    writeList("program/Info.plist", entry("SkyflareRemoteConfigURL", "https://c.example/"));
-    FIRApp app(folders, console);
-    std::vector<std::string> started;
-    app.registerComponent([&](const FIROptions &options) {
-        started.push_back("first " + options.appID);
-        app.configure(); // asked for again by what it starts
-    });
-    app.registerComponent(
-        [&](const FIROptions &options) { started.push_back("second " + options.remoteConfigURL); });
-    CHECK(!app.options());
-    app.configure();
-    app.configure();
-    app.registerComponent([&](const FIROptions & /*options*/) { started.emplace_back("late"); });
-    CHECK(started == std::vector<std::string>{"first 1:2:linux:3", "second https://c.example/", "late"});
-}
-
 TEST_CASE_FIXTURE(DeploymentFixture, "an installation keeps its identifier, and no other has the same")
 {
     SystemRandom random;

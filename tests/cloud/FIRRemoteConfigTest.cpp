@@ -1,9 +1,6 @@
 #include "platform/cloud/FIRRemoteConfig.h"
 
-#include "platform/base/AsioQueues.h"
-#include "platform/net/CurlTransport.h"
 #include "tests/fakes/FakeHttpTransport.h"
-#include "tests/fakes/HttpServer.h"
 #include "tests/fakes/RecordingConsole.h"
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/fakes/VirtualTime.h"
@@ -11,7 +8,6 @@
 #include <doctest/doctest.h>
 
 #include <fstream>
-#include <future>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -126,17 +122,6 @@ TEST_CASE_FIXTURE(ConfigFixture, "a fetch before the set-up waits for it, and se
     CHECK(number("forceUpdateVersion") == 111);
 }
 
-TEST_CASE_FIXTURE(ConfigFixture, "without an address every fetch succeeds with no values, and asks nobody")
-{
-    restart();
-    CHECK(fetch(response(200, R"({"a": 1})")) == "fetched");
-    network.requests.clear();
-    restart("");
-    CHECK(fetch() == "kept");
-    CHECK(string("a").empty());
-    CHECK(network.requests.empty());
-}
-
 TEST_CASE_FIXTURE(ConfigFixture, "the last good values outlast bad answers, a restart, and both")
 {
     restart();
@@ -170,6 +155,11 @@ TEST_CASE_FIXTURE(ConfigFixture, "the last good values outlast bad answers, a re
 
     restart("https://other.example/"); // its values are not these
     CHECK(number("a") == 0);
+    network.requests.clear();
+    restart(""); // nobody to ask
+    CHECK(fetch() == "kept");
+    CHECK(number("a") == 0);
+    CHECK(network.requests.empty());
     CHECK(console.reports().empty());
 }
 
@@ -213,48 +203,4 @@ TEST_CASE_FIXTURE(ConfigFixture, "values that are young enough are not fetched a
     config = FIRRemoteConfig::make({network, time, earlier, console, file});
     config->configure(address);
     CHECK(fetch(response(200, R"({"a": 3})")) == "fetched");
-}
-
-TEST_CASE("over a real network: new, unchanged, and an end while the server is silent")
-{
-    HttpServer server([](const HttpServer::Request &request) -> HttpServer::Answer {
-        if (request.path == "/silent")
-            return {"", HttpServer::Then::StayOpen};
-        const auto known = request.headers.find("if-none-match");
-        if (known != request.headers.end() && known->second == "\"1\"")
-            return {"HTTP/1.1 304 Not Modified\r\nETag: \"1\"\r\n\r\n"};
-        return HttpServer::answer(200, R"({"forceUpdateVersion": "111"})", "ETag: \"1\"\r\n");
-    });
-    const TemporaryFolder folder;
-    AsioQueues queues;
-    const auto main = queues.makeSerialQueue("main");
-    const VirtualTime clock;
-    RecordingConsole console;
-    std::optional<CurlTransport> transport(std::in_place);
-    const auto make = [&](const std::string &path) {
-        auto config = FIRRemoteConfig::make({*transport, queues, clock, console, folder / "config.json"});
-        config->setMinimumFetchInterval(0);
-        config->configure(server.url(path));
-        return config;
-    };
-    const auto fetch = [&](FIRRemoteConfig &config) {
-        const auto outcome = std::make_shared<std::promise<Result<FetchAndActivateStatus>>>();
-        config.fetchAndActivateWithCompletionHandler(*main,
-                                                     [=](const auto &given) { outcome->set_value(given); });
-        return outcome->get_future();
-    };
-    CHECK(*fetch(*make("/")).get() == FetchAndActivateStatus::SuccessFetchedFromRemote);
-    auto config = make("/");
-    CHECK(*fetch(*config).get() == FetchAndActivateStatus::SuccessUsingPreFetchedData);
-    CHECK(config->configValueForKey("forceUpdateVersion").numberValue() == 111);
-
-    config = make("/silent");
-    auto other = make("/silent");
-    auto ended = fetch(*config);
-    auto dropped = fetch(*other);
-    REQUIRE(server.waitForRequests(4));
-    other.reset();
-    CHECK_THROWS_AS(static_cast<void>(dropped.get()), std::future_error);
-    transport.reset();
-    CHECK(ended.get().error().code == static_cast<int>(HttpFailure::Cancelled));
 }

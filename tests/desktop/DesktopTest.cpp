@@ -1,6 +1,4 @@
 #include "platform/base/AsioQueues.h"
-#include "platform/desktop/MissingRemoteNotifications.h"
-#include "platform/desktop/MissingUserNotifications.h"
 #include "platform/linux/DesktopURLOpener.h"
 #include "platform/linux/DeviceCameraAuthorization.h"
 #include "tests/fakes/RecordingConsole.h"
@@ -13,7 +11,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <optional>
 #include <string>
 
 using namespace skyflare;
@@ -105,24 +102,6 @@ TEST_CASE("an address goes to the program that the user has for it, and the sett
     REQUIRE(main->sync([&] { CHECK(shown == 2); }));
     CHECK(console.reports().back().starts_with("The settings do not open: "));
     pthread_sigmask(SIG_UNBLOCK, &ours, nullptr);
-}
-
-TEST_CASE("a service that is missing says so, once the caller is done")
-{
-    VirtualTime time;
-    MissingRemoteNotifications push(time.mainQueue(), "there is no push service");
-    MissingUserNotifications notifications(time.mainQueue(), "the desktop shows none");
-    std::string failed;
-    std::optional<bool> granted;
-    push.registerForRemoteNotifications(
-        [&](const Result<Bytes> &token) { failed = token.error().description(); });
-    notifications.requestAuthorizationWithOptions(UNAuthorizationOptions::Badge |
-                                                      UNAuthorizationOptions::Sound,
-                                                  [&](bool answer, const auto &) { granted = answer; });
-    CHECK((failed.empty() && !granted));
-    time.runUntilIdle();
-    CHECK(failed == "there is no push service (push 0)");
-    CHECK(granted == false);
 }
 
 TEST_CASE("a camera is authorised unless the kernel refuses its device")

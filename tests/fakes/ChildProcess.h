@@ -33,6 +33,7 @@ public:
     /// Whether output, or its end, is there within that time.
     bool waitForOutput(std::chrono::nanoseconds atMost) const;
 
+    [[nodiscard]] pid_t pid() const { return pid_; }
     void signal(int number) const;
     /// Ends it at once, whatever it is doing.
     void kill();

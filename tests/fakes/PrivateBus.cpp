@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <utility>
 
 namespace skyflare {
@@ -13,10 +12,10 @@ namespace skyflare {
 PrivateBus::PrivateBus()
 {
     const std::string file = (folder_ / "bus.conf").string();
-    std::ofstream(file) << "<busconfig><type>session</type><listen>unix:dir=" << folder_.path().string()
-                        << "</listen><auth>EXTERNAL</auth><policy context='default'>"
-                           "<allow send_destination='*'/><allow receive_sender='*'/><allow own='*'/>"
-                           "</policy></busconfig>";
+    folder_.write("bus.conf", "<busconfig><type>session</type><listen>unix:dir=" + folder_.path().string() +
+                                  "</listen><auth>EXTERNAL</auth><policy context='default'>"
+                                  "<allow send_destination='*'/><allow receive_sender='*'/>"
+                                  "<allow own='*'/></policy></busconfig>");
     daemon_ = std::make_unique<ChildProcess>(
         std::vector<std::string>{"dbus-daemon", "--config-file", file, "--nofork", "--print-address"});
     address_ = daemon_->readLine().value_or("");

@@ -1,7 +1,5 @@
 #include "tests/fakes/PrivatePipeWire.h"
 
-#include "platform/base/Files.h"
-
 #include <chrono>
 #include <cstdlib>
 #include <stdexcept>
@@ -62,13 +60,6 @@ wireplumber.components = [
 ]
 )";
 
-void write(const std::filesystem::path &path, std::string_view text)
-{
-    std::filesystem::create_directories(path.parent_path());
-    if (!replaceFile(path, std::vector<std::uint8_t>(text.begin(), text.end())))
-        throw std::runtime_error("cannot write " + path.string());
-}
-
 /// Starts a program and waits until it prints "ready".
 std::unique_ptr<ChildProcess> startAndWait(const std::vector<std::string> &command)
 {
@@ -85,9 +76,9 @@ std::unique_ptr<ChildProcess> startAndWait(const std::vector<std::string> &comma
 PrivatePipeWire::PrivatePipeWire()
 {
     enterEnvironment();
-    write(folder_ / "daemon.conf", daemonConfiguration);
-    write(folder_ / "session.conf", sessionConfiguration);
-    write(folder_ / "wireplumber/scripts/ready.lua", "print(\"ready\")\n");
+    folder_.write("daemon.conf", daemonConfiguration);
+    folder_.write("session.conf", sessionConfiguration);
+    folder_.write("wireplumber/scripts/ready.lua", "print(\"ready\")\n");
     start();
 }
 

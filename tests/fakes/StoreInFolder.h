@@ -4,6 +4,7 @@
 #include "store/PersistentContainerProvider.h"
 #include "store/PhotoEntity.h"
 
+#include <chrono>
 #include <mutex>
 #include <stdexcept>
 
@@ -12,8 +13,10 @@ namespace skyflare {
 /// A real photo store in a test's own folder, made on first use. Any thread.
 class StoreInFolder final : public PersistentContainerProvider {
 public:
-    StoreInFolder(const std::filesystem::path &folder, Console &console, DispatchQueue &backgroundQueue)
-        : container_({std::string(storageContainerName), folder, storageModel()}, {console, backgroundQueue})
+    StoreInFolder(const std::filesystem::path &folder, Console &console, DispatchQueue &backgroundQueue,
+                  std::chrono::milliseconds writerTimeout = std::chrono::seconds(5))
+        : container_({std::string(storageContainerName), folder, storageModel(), writerTimeout},
+                     {console, backgroundQueue})
     {
     }
     PersistentContainer &persistentContainer() override

@@ -5,8 +5,10 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace skyflare {
 
@@ -32,6 +34,13 @@ public:
     [[nodiscard]] std::filesystem::path operator/(const std::filesystem::path &name) const
     {
         return path_ / name;
+    }
+    /// Writes a file, in new folders where it needs them.
+    void write(const std::filesystem::path &name, std::string_view text) const
+    {
+        std::filesystem::create_directories((path_ / name).parent_path());
+        if (!(std::ofstream(path_ / name, std::ios::binary) << text << std::flush))
+            throw std::runtime_error("cannot write " + (path_ / name).string());
     }
 
 private:

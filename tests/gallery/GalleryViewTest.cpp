@@ -1,79 +1,36 @@
 #include "screens/gallery/ZoomablePhoto.h"
 #include "tests/gallery/GalleryFixture.h"
-#include "ui/Window.h"
+#include "tests/ui/ShownWindow.h"
 
 #include <doctest/doctest.h>
 
-#include <QSignalSpy>
-#include <QTest>
+#include <QPointingDevice>
+#include <memory>
 
 using namespace skyflare;
 
 namespace {
 
-constexpr int deadlineMs = 60000;
-
-template <typename Matches> QQuickItem *findItem(QQuickItem *in, const Matches &matches)
-{
-    for (QQuickItem *child : in->childItems()) {
-        if (matches(child))
-            return child;
-        if (auto *found = findItem(child, matches))
-            return found;
+/// The real views of the gallery and of a photo.
+struct GalleryView : GalleryFixture, ShownWindow {
+    GalleryView()
+    {
+        afterInput = [this] { time.runUntilIdle(); };
     }
-    return nullptr;
-}
-
-/// The real views of the gallery and of a photo, used by clicks and keys.
-struct GalleryView : GalleryFixture {
-    Window window;
-
     void show(int photos)
     {
-        load(photos);
-        window.setRootViewController(gallery);
-        window.makeKeyAndVisible();
-        waitForFocus(photos > 0 ? "PhotoCell" : "closeButton");
-    }
-    QQuickWindow &quick() { return window.quickWindow(); }
-    QString focus() { return quick().activeFocusItem() ? quick().activeFocusItem()->objectName() : ""; }
-    void waitForFocus(const QString &name)
-    {
-        CAPTURE(focus().toStdString());
-        REQUIRE(QTest::qWaitFor([&] { return quick().isActive() && focus() == name; }, deadlineMs));
-    }
-    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
-    {
-        QTest::keyClick(&quick(), key, modifiers);
-        time.runUntilIdle();
-    }
-    QQuickItem *item(const QString &name)
-    {
-        auto *found = findItem(quick().contentItem(), [&](QQuickItem *each) {
-            return each->objectName() == name && each->isVisible() && each->isEnabled();
-        });
-        REQUIRE(found != nullptr);
-        return found;
-    }
-    void click(const QString &name)
-    {
-        QQuickItem *on = item(name);
-        QTest::mouseClick(&quick(), Qt::LeftButton, {},
-                          on->mapToScene(QPointF(on->width() / 2, on->height() / 2)).toPoint());
-        time.runUntilIdle();
-    }
-    std::shared_ptr<PhotoDetailViewController> detail()
-    {
-        return std::static_pointer_cast<PhotoDetailViewController>(gallery->presentedViewController());
+        loadGallery(photos);
+        bringUp(gallery, photos > 0 ? "PhotoCell" : "closeButton");
     }
     ZoomablePhoto &photo() { return *qobject_cast<ZoomablePhoto *>(item("imageContainer")); }
     void waitForFrame()
     {
-        QSignalSpy frames(&quick(), &QQuickWindow::frameSwapped);
+        int frames = 0;
+        const auto counting = QObject::connect(&quick(), &QQuickWindow::frameSwapped, [&] { ++frames; });
         quick().update();
-        REQUIRE(frames.wait(deadlineMs));
+        REQUIRE(comes([&] { return frames > 0; }));
+        QObject::disconnect(counting);
     }
-    bool waitFor(const std::function<bool()> &what) { return QTest::qWaitFor(what, deadlineMs); }
 };
 
 } // namespace
@@ -92,24 +49,21 @@ TEST_CASE_FIXTURE(GalleryView, "the gallery is used by keys alone")
     press(Qt::Key_Home);
     CHECK(photos->property("contentY") == 0);
     photos->setProperty("contentY", 60); // by hand
-    time.globalUserInitiated().async([this] { store(1); });
+    time.globalUserInitiated().async([this] { storePhotos(1); });
     time.runUntilIdle();
     CHECK(focus() == "PhotoCell");
     CHECK(gallery->collectionView()->currentIndex() == 1);
     CHECK(photos->property("contentY") == 60);
     press(Qt::Key_Left);
 
-    press(Qt::Key_Tab);
-    CHECK(focus() == "closeButton");
-    press(Qt::Key_Tab);
-    CHECK(focus() == "deleteAllButton");
-    press(Qt::Key_Tab);
-    CHECK(focus() == "PhotoCell");
+    CHECK(focusAfter({Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Tab}) ==
+          QStringList{"closeButton", "deleteAllButton", "PhotoCell"});
 
     press(Qt::Key_Right);
     press(Qt::Key_Return);
     REQUIRE(detail() != nullptr);
-    CHECK(detail()->photo()->uuid == uuids()[1]);
+    const std::string uuid = detail()->photo()->uuid;
+    CHECK(uuid == uuids()[1]);
     waitForFocus("saveButton");
     press(Qt::Key_S, Qt::ControlModifier);
     REQUIRE(library.asked.size() == 1);
@@ -131,6 +85,8 @@ TEST_CASE_FIXTURE(GalleryView, "the gallery is used by keys alone")
     waitForFocus("PhotoCell");
     CHECK(gallery->collectionView()->currentIndex() == 1);
     CHECK(gallery->photoCountLabel()->text() == "(20)");
+    CHECK(std::ranges::count(uuids(), uuid) == 0);
+    CHECK(uuids() == uuidsOf(photoStore.fetchImages(20)));
 }
 
 TEST_CASE_FIXTURE(GalleryView, "the gallery is used by taps alone")
@@ -146,8 +102,11 @@ TEST_CASE_FIXTURE(GalleryView, "the gallery is used by taps alone")
     click("action");
     CHECK(gallery->collectionView()->count() == 0);
     waitForFocus("closeButton");
+    gallery->collectionView()->moveCurrent(CollectionView::Down); // to nowhere
     take(2);
     CHECK(gallery->collectionView()->count() == 2);
+    CHECK(gallery->photoCountLabel()->text() == "(2)");
+    CHECK_FALSE(gallery->deleteAllButton()->isHidden());
     press(Qt::Key_Backtab);
     CHECK(focus() == "PhotoCell");
 }
@@ -155,11 +114,11 @@ TEST_CASE_FIXTURE(GalleryView, "the gallery is used by taps alone")
 TEST_CASE_FIXTURE(GalleryView, "a photo is decoded as large as it is seen, whole while it is near")
 {
     show(0);
-    user.photos.saveImage(Image::fromData(*encodePng(PixelBuffer::ofSize(1600, 1200))).value());
+    photoStore.saveImage(Image::fromData(*encodePng(PixelBuffer::ofSize(1600, 1200))).value());
     gallery->collectionView()->select(0);
     waitForFocus("saveButton");
     const auto pictureIs = [this](QSize size) {
-        return waitFor([=, this] { return photo().picture().size() == size; });
+        return comes([=, this] { return photo().picture().size() == size; });
     };
     quick().resize(400, 800);
     CHECK(pictureIs({400, 300}));
@@ -168,14 +127,14 @@ TEST_CASE_FIXTURE(GalleryView, "a photo is decoded as large as it is seen, whole
     CHECK(pictureIs({1600, 1200}));
     press(Qt::Key_0);
     CHECK(pictureIs({400, 300}));
-    CHECK(waitFor([&] { return photo().photoRect() == fitted; }));
+    CHECK(comes([&] { return photo().photoRect() == fitted; }));
 
     const QPoint inside = fitted.center().toPoint();
     QTest::mouseDClick(&quick(), Qt::LeftButton, {}, inside);
-    CHECK(waitFor([this] { return photo().photoRect().width() == 1600; })); // one for one
+    CHECK(comes([this] { return photo().photoRect().width() == 1600; })); // one for one
     const double left = photo().photoRect().left();
     press(Qt::Key_Right);
-    CHECK(waitFor([&] { return photo().photoRect().left() == left - 100; }));
+    CHECK(comes([&] { return photo().photoRect().left() == left - 100; }));
     QTest::mousePress(&quick(), Qt::LeftButton, {}, inside);
     for (int x = 10; x <= 60; x += 10)
         QTest::mouseMove(&quick(), inside + QPoint(x, 0));
@@ -184,7 +143,8 @@ TEST_CASE_FIXTURE(GalleryView, "a photo is decoded as large as it is seen, whole
     CHECK(photo().photoRect().left() <= left - 40);
 
     const double wide = photo().photoRect().width();
-    auto *const device = QTest::createTouchDevice();
+    const std::unique_ptr<QPointingDevice> touchscreen(QTest::createTouchDevice());
+    QPointingDevice *const device = touchscreen.get();
     const QPoint apart(80, 0);
     QTest::touchEvent(&quick(), device).press(0, inside - apart).press(1, inside + apart);
     for (int x = 70; x >= 30; x -= 10) {
@@ -200,24 +160,22 @@ TEST_CASE_FIXTURE(GalleryView, "a damaged photo among good ones says so, and can
     take(1);
     Bytes png = *noise(99, 30).pngData().value();
     std::fill(png.begin() + 200, png.end() - 200, std::uint8_t{0x55});
-    user.insert("DAMAGED", std::make_shared<const MemoryBytes>(std::make_shared<const Bytes>(png)),
-                time.secondsSince1970() + 0.5);
-    user.insert("NO PICTURE", std::monostate{}, time.secondsSince1970() + 0.6);
+    time.advance(1s);
+    photoStore.saveImage(Image::fromData(png).value());
     show(1);
-    CHECK(gallery->photoCountLabel()->text() == "(4)");
-    REQUIRE(gallery->collectionView()->count() == 3); // its header is good
+    CHECK(gallery->photoCountLabel()->text() == "(3)"); // its header is good
     gallery->collectionView()->select(1);
     waitForFocus("saveButton");
-    CHECK(waitFor([this] { return photo().isDamaged(); }));
+    CHECK(comes([this] { return photo().isDamaged(); }));
     CHECK(item("damagedLabel")->property("text") ==
           "This photo is damaged and cannot be shown. You can delete it.");
     press(Qt::Key_Plus);
     press(Qt::Key_Delete);
     press(Qt::Key_Return);
-    CHECK(gallery->photoCountLabel()->text() == "(3)");
+    CHECK(gallery->photoCountLabel()->text() == "(2)");
     waitForFocus("PhotoCell");
     gallery->collectionView()->select(1);
     waitForFocus("saveButton");
-    CHECK(waitFor([this] { return !photo().picture().isNull(); }));
+    CHECK(comes([this] { return !photo().picture().isNull(); }));
     CHECK_FALSE(photo().isDamaged());
 }

@@ -6,7 +6,6 @@
 #include <QSignalSpy>
 
 using namespace skyflare;
-using namespace std::chrono_literals;
 
 TEST_CASE("three cells fill a row, and a row that is not full is packed left")
 {
@@ -28,62 +27,42 @@ TEST_CASE("three cells fill a row, and a row that is not full is packed left")
     }
 }
 
-TEST_CASE_FIXTURE(GalleryFixture, "an empty gallery has nothing to delete, and fills while it is open")
+TEST_CASE_FIXTURE(GalleryFixture, "of 25 photos the 20 newest are shown, and all are deleted or none")
 {
-    load(0);
-    CHECK(gallery->photoCountLabel()->text() == "(0)");
-    CHECK(gallery->deleteAllButton()->isHidden());
-    gallery->collectionView()->moveCurrent(CollectionView::Down); // to nowhere
-    take(1);
-    CHECK(gallery->collectionView()->currentIndex() == 0);
-    CHECK(gallery->photoCountLabel()->text() == "(1)");
-    CHECK_FALSE(gallery->deleteAllButton()->isHidden());
-    CHECK(frameOf(0) == QRectF(0, 0, 100, 100));
-}
-
-TEST_CASE_FIXTURE(GalleryFixture, "of 25 photos the 20 newest are shown, and all can be deleted")
-{
-    load(25);
-    CHECK(gallery->allPhotosLabel()->text() == "All Photos");
+    loadGallery(25);
     CHECK(gallery->photoCountLabel()->text() == "(25)");
-    CHECK(uuids() == user.uuids(20));
-    CHECK(gallery->collectionView()->count() == 20);
-    gallery->deleteAllTapped();
-    REQUIRE(popups(*gallery) ==
-            Lines{"trash | Delete All | Are you sure you want to delete all photos? You can not undo this "
-                  "action. | Yes, Delete All"});
-
-    SUBCASE("not by the close control")
-    {
-        gallery->escapePressed();
-        CHECK(popups(*gallery).empty());
-        CHECK(user.photos.photoCount() == 25);
-    }
-    SUBCASE("with the button")
-    {
-        tapPopup(*gallery);
-        CHECK(popups(*gallery).empty());
-        CHECK(gallery->collectionView()->count() == 0);
-        CHECK(gallery->photoCountLabel()->text() == "(0)");
-        CHECK(gallery->deleteAllButton()->isHidden());
-    }
-    SUBCASE("unless the store fails: label and button stay")
-    {
-        const auto other = *Database::open(user.persistentContainer().file(), OpenMode::Write, 0ms);
-        REQUIRE(other->execute("BEGIN IMMEDIATE"));
-        QSignalSpy reloads(gallery->collectionView(), &CollectionView::countChanged);
-        tapPopup(*gallery);
-        CHECK(reloads.count() == 1);
+    CHECK(uuids() == uuidsOf(photoStore.fetchImages(20)));
+    const auto other = *Database::open(store.persistentContainer().file(), OpenMode::Write, 0ms);
+    QSignalSpy reloads(gallery->collectionView(), &CollectionView::countChanged);
+    const auto checkNothingIsGone = [this] {
         CHECK(gallery->collectionView()->count() == 20);
         CHECK(gallery->photoCountLabel()->text() == "(25)");
         CHECK_FALSE(gallery->deleteAllButton()->isHidden());
-    }
+    };
+    gallery->deleteAllTapped();
+    gallery->escapePressed();
+    CHECK(photoStore.photoCount() == 25);
+    checkNothingIsGone();
+
+    REQUIRE(other->execute("BEGIN IMMEDIATE")); // the store fails
+    gallery->deleteAllTapped();
+    tapPopup(*gallery);
+    CHECK(reloads.count() == 1);
+    checkNothingIsGone();
+
+    REQUIRE(other->execute("ROLLBACK"));
+    gallery->deleteAllTapped();
+    tapPopup(*gallery);
+    CHECK(popups(*gallery).empty());
+    CHECK(gallery->collectionView()->count() == 0);
+    CHECK(gallery->photoCountLabel()->text() == "(0)");
+    CHECK(gallery->deleteAllButton()->isHidden());
 }
 
 TEST_CASE_FIXTURE(GalleryFixture,
                   "what is stored on other threads comes in one reload, and leaves the keys alone")
 {
-    load(20);
+    loadGallery(20);
     CollectionView &grid = *gallery->collectionView();
     grid.moveCurrent(CollectionView::Down);
     grid.moveCurrent(CollectionView::Right);
@@ -91,7 +70,7 @@ TEST_CASE_FIXTURE(GalleryFixture,
     QSignalSpy reloads(&grid, &CollectionView::countChanged);
     QSignalSpy inserted(&grid, &CollectionView::rowsInserted);
     QSignalSpy removed(&grid, &CollectionView::rowsRemoved);
-    time.globalUserInitiated().async([this] { store(3); });
+    time.globalUserInitiated().async([this] { storePhotos(3); });
     time.runUntilIdle();
     CHECK(reloads.count() == 1);
     CHECK(inserted.count() == 3); // the others are the same cells, elsewhere
@@ -101,18 +80,18 @@ TEST_CASE_FIXTURE(GalleryFixture,
     CHECK(uuids()[7] == fourth);
     CHECK(frameOf(7) == QRectF(102, 204, 100, 100));
 
-    user.photos.deletePhoto(fourth);
+    photoStore.deletePhoto(fourth);
     CHECK(grid.currentIndex() == 7); // what has come to its place
     grid.moveCurrent(CollectionView::End);
     CHECK(grid.currentIndex() == 19);
     grid.moveCurrent(CollectionView::Down);
     CHECK(grid.currentIndex() == 19);
     for (int i = 0; i < 12; ++i)
-        user.photos.deletePhoto(uuids()[0]);
+        photoStore.deletePhoto(uuids()[0]);
     CHECK(grid.currentIndex() == 7); // the same photo, of ten now
     grid.moveCurrent(CollectionView::Down);
     CHECK(grid.currentIndex() == 9); // in a row that is not full
-    user.photos.deletePhoto(uuids()[9]);
+    photoStore.deletePhoto(uuids()[9]);
     CHECK(grid.currentIndex() == 8);
     grid.moveCurrent(CollectionView::Up);
     grid.moveCurrent(CollectionView::Up);
@@ -125,17 +104,17 @@ TEST_CASE_FIXTURE(GalleryFixture,
 
 TEST_CASE_FIXTURE(GalleryFixture, "somebody else deletes all in the middle of a run, while one photo is open")
 {
-    load(5);
+    loadGallery(5);
     const auto detail = open(2);
     const Bytes pixels = pixelsOf(detail->photo()->image);
     gallery->deleteAllTapped();
     time.globalUserInitiated().async([this] {
-        user.photos.deleteAllPhotos();
-        store(2);
+        photoStore.deleteAllPhotos();
+        storePhotos(2);
     });
     time.runUntilIdle();
     CHECK(gallery->photoCountLabel()->text() == "(2)");
-    CHECK(uuids() == user.uuids());
+    CHECK(uuids() == uuidsOf(photoStore.fetchImages(20)));
     CHECK(pixelsOf(detail->photo()->image) == pixels); // whole, and can still be saved
     tapPopup(*gallery);
     CHECK(gallery->collectionView()->count() == 0);

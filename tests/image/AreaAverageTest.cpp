@@ -44,11 +44,6 @@ Samples scatteredYcbcr(int x, int y)
     return {scattered(x, y, 0), scattered(x / 2, y / 2, 1), scattered(x / 2, y / 2, 2)};
 }
 
-std::uint8_t redOfPlain(PixelFormat format, Samples samples)
-{
-    return averageRed(makeFrame(format, 6, 4, 0, [samples](int, int) { return samples; })).value();
-}
-
 /// Wrong sums of frames of one colour each, for every pair of luma and red chroma; blue chroma runs along.
 int wrongPlainFrames(ColorMatrix matrix, ColorRange range)
 {
@@ -165,22 +160,6 @@ TEST_CASE("on every instruction set, the red is that of the conversion pixel by 
     hwy::GetChosenTarget().DeInit();
 }
 
-TEST_CASE("only red counts, limited to what a pixel can show")
-{
-    CHECK(redOfPlain(PixelFormat::UYVY, {32, 240, 118}) ==
-          1); // the bars of BT.709: blue, to the samples' own step
-    CHECK(redOfPlain(PixelFormat::UYVY, {173, 42, 26}) == 0);    // green
-    CHECK(redOfPlain(PixelFormat::UYVY, {63, 102, 240}) == 255); // red
-    CHECK(redOfPlain(PixelFormat::UYVY, {235, 128, 128}) == 255);
-    CHECK(redOfPlain(PixelFormat::UYVY, {16, 128, 128}) == 0);
-    CHECK(redOfPlain(PixelFormat::GRAY8, {126, 0, 0}) == 128); // grey is luma without chroma
-    CHECK(redOfPlain(PixelFormat::RGB, {77, 255, 255}) == 77);
-
-    // Half far beyond white, half far below black: neither makes up for the other.
-    const auto halves = [](int x, int) { return x < 8 ? Samples{235, 128, 255} : Samples{16, 128, 0}; };
-    CHECK(averageRed(makeFrame(PixelFormat::YUY2, 16, 3, 0, halves)) == 128);
-}
-
 TEST_CASE("a frame without pixels has no red")
 {
     CHECK_FALSE(averageRed(makeFrame(PixelFormat::NV12, 0, 4, 0, scatteredYcbcr)));
@@ -189,19 +168,4 @@ TEST_CASE("a frame without pixels has no red")
     frame.planes[2] = {};
     CHECK_FALSE(averageRed(frame));
     CHECK_FALSE(convertToRgb(frame));
-}
-
-TEST_CASE("a compressed frame is measured once it is decoded")
-{
-    const auto picture = [](int x, int) { return x < 20 ? Samples{200, 0, 90} : Samples{40, 250, 0}; };
-    const Bytes jpeg = encodeJpeg(makePicture(40, 30, picture), JpegKind::YcbcrFull);
-    VideoFrame frame{.format = PixelFormat::Jpeg, .width = 40, .height = 30};
-    frame.planes[0] = {jpeg.data(), static_cast<std::ptrdiff_t>(jpeg.size())};
-    CHECK(std::abs(averageRed(frame).value() - 120) <= 1);
-    CHECK(convertToRgb(frame)->width == 40);
-    for (const std::ptrdiff_t bytes : {0, 1, 300}) { // the last ends in the midst of the pixels
-        frame.planes[0].stride = bytes;
-        CHECK_FALSE(averageRed(frame));
-        CHECK_FALSE(convertToRgb(frame));
-    }
 }

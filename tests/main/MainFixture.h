@@ -23,7 +23,7 @@ namespace skyflare {
 using namespace std::chrono_literals;
 using Lines = std::vector<std::string>;
 
-/// The main screen on fakes, in virtual time, over a real store; no window. Its view has not been loaded.
+/// The screens on fakes, in virtual time, over a real store; no window. No view has been loaded.
 struct MainFixture {
     VirtualTime time;
     RecordingConsole console;
@@ -31,7 +31,7 @@ struct MainFixture {
     TemporaryFolder folder;
     UserDefaults defaults{folder / "settings.plist", console};
     App app{{defaults, notifications, console}};
-    StoreInFolder store{folder.path(), console, time.globalUserInitiated()};
+    StoreInFolder store{folder.path(), console, time.globalUserInitiated(), 20ms};
     FakeFramework camera;
     FakeCameraAuthorization authorization;
     FakePhotoLibrary library;
@@ -47,8 +47,7 @@ struct MainFixture {
          review, "help@example.org"});
     Storyboard galleryStoryboard = PhotoListViewController::storyboard(
         {photoStore, notifications, time.mainQueue(), haptics, detailStoryboard});
-    Storyboard settingsStoryboard =
-        SettingsViewController::storyboard(
+    Storyboard settingsStoryboard = SettingsViewController::storyboard(
         {app, time.mainQueue(), console, opener, remoteConfig, "1.10", "English"});
     std::shared_ptr<MainViewController> screen = makeShared<MainViewController>(
         MainViewController::Services{.app = app,
@@ -74,6 +73,7 @@ struct MainFixture {
 
     ~MainFixture()
     {
+        library.asked.clear();
         screen.reset();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // it borrows all of the above
     }
@@ -107,27 +107,21 @@ struct MainFixture {
         }
         return names;
     }
-    /// "title | description | button" of each popup, the newest last.
-    [[nodiscard]] Lines popups() const
+    /// The titles of the popups, the newest last.
+    static Lines popups(ViewController &on)
     {
-        Lines texts;
-        for (const auto &popup : screen->popups()->popups())
-            texts.push_back(popup->titleLabel()->text() + " | " + popup->descriptionLabel()->text() + " | " +
-                            popup->button()->text());
-        return texts;
+        Lines titles;
+        for (const auto &popup : on.popups()->popups())
+            titles.push_back(popup->titleLabel()->text());
+        return titles;
     }
-    void tapPopup() const { screen->popups()->popups().back()->buttonTapped(); }
-    /// Chooses the option with that title; where there is none, another button says it.
-    void choose(const SelectionContainer &from, const std::string &title,
-                void (MainViewController::*action)(const ButtonOutlet *)) const
+    static void tapPopup(ViewController &on) { on.popups()->popups().back()->buttonTapped(); }
+    /// What the remote configuration's server says when it is asked next.
+    void serveConfig(const std::string &body, int status = 200)
     {
-        for (const ButtonOutlet *option : from.options()) {
-            if (option->text() == title)
-                return ((*screen).*action)(option);
-        }
-        ButtonOutlet other;
-        other.setText(title);
-        ((*screen).*action)(&other);
+        network.answers.push_back(
+            HttpResponse{.status = status, .headers = {}, .body = Bytes(body.begin(), body.end())});
+        remoteConfig->configure("https://config.example/skyflare.json");
     }
     [[nodiscard]] static Bytes onePixelPng() { return *encodePng(PixelBuffer{1, 1, {200, 100, 50}}); }
 };

@@ -4,7 +4,6 @@
 #include "tests/store/StoreFixture.h"
 
 #include <doctest/doctest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <functional>
@@ -27,33 +26,16 @@ bool execute(Database &database, const std::string &sql)
     return database.execute(sql).has_value();
 }
 
-void write(const std::filesystem::path &file, const std::string &text)
-{
-    REQUIRE(replaceFile(file, Bytes(text.begin(), text.end())));
-}
-
-/// Where to put what is killed or fought over: it loses nothing that the kernel has, so that without a disk
-/// to wait for it shows the same, sooner.
-std::filesystem::path inMemory()
-{
-    const std::filesystem::path memory = "/dev/shm";
-    const bool isUsable = access(memory.c_str(), W_OK | X_OK) == 0;
-    return isUsable ? memory : std::filesystem::temp_directory_path();
-}
-
 /// What a photo saver has said that it stored.
 struct Announced {
     Lines uuids; ///< since it last began to delete all
-    int total = 0;
 
     void take(const std::string &line)
     {
         if (line == "deleting")
             uuids.clear();
-        else if (line.size() == 36) {
+        else if (line.size() == 36)
             uuids.push_back(line);
-            ++total;
-        }
     }
 
     /// Opens the store after the saver's end: all of them are there, and what is there is whole.
@@ -146,9 +128,9 @@ TEST_CASE("a file that is not ours is refused and stays as it is")
         std::string message;
     };
     const std::vector<Row> rows = {
-        {"garbage", [](const auto &file) { write(file, std::string(5000, 'x')); },
+        {"garbage", [](const auto &file) { REQUIRE(replaceFile(file, Bytes(5000, 'x'))); },
          "file is not a database (SQLite 26)"},
-        {"a few bytes", [](const auto &file) { write(file, "photos"); },
+        {"a few bytes", [](const auto &file) { REQUIRE(replaceFile(file, Bytes(6, 'x'))); },
          "file is not a database (SQLite 26)"},
         {"a later version",
          [](const auto &file) {
@@ -189,7 +171,7 @@ TEST_CASE("a file that is not ours is refused and stays as it is")
     }
     const TemporaryFolder folder;
     VirtualTime time;
-    write(folder / "file", "no folder");
+    folder.write("file", "no folder");
     const StoreUser user(folder / "file" / "store", time);
     CHECK_FALSE(user.loaded);
 }
@@ -197,7 +179,7 @@ TEST_CASE("a file that is not ours is refused and stays as it is")
 TEST_CASE("several processes may make one store at the same time, and use it")
 {
     for (int round = 0; round < 10; ++round) {
-        const TemporaryFolder folder(inMemory());
+        const TemporaryFolder folder(memoryFolder());
         std::list<ChildProcess> savers;
         for (int number = 0; number < 6; ++number)
             savers.emplace_back(Lines{PHOTO_SAVER, "two", folder.path().string()});
@@ -211,32 +193,10 @@ TEST_CASE("several processes may make one store at the same time, and use it")
     }
 }
 
-TEST_CASE("a process killed while it saves as fast as it can loses no photo that it had announced")
-{
-    const TemporaryFolder folder;
-    std::mt19937 random(20);
-    Announced announced;
-    for (int round = 0; round < 12; ++round) {
-        CAPTURE(round);
-        ChildProcess saver({PHOTO_SAVER, "save", folder.path().string()});
-        for (auto wanted = 1 + random() % 12; wanted > 0; --wanted) {
-            const auto line = saver.readLine();
-            REQUIRE(line);
-            announced.take(*line);
-        }
-        saver.waitForOutput(std::chrono::microseconds(random() % 10'000));
-        saver.kill();
-        for (const std::string &line : saver.readAll())
-            announced.take(line);
-        announced.checkIn(folder.path());
-    }
-    CHECK(announced.total > 24);
-}
-
 TEST_CASE("a process killed in the middle of any change to a file loses no photo that it had announced")
 {
     const auto run = [](long deadlyChange) {
-        const TemporaryFolder folder(inMemory());
+        const TemporaryFolder folder(memoryFolder());
         ChildProcess saver({PHOTO_SAVER, "crash", folder.path().string(), std::to_string(deadlyChange)});
         auto lines = saver.readAll();
         Announced announced;
@@ -250,23 +210,21 @@ TEST_CASE("a process killed in the middle of any change to a file loses no photo
     CHECK(changes > 50);
     for (long deadlyChange = 1; deadlyChange <= changes; ++deadlyChange) {
         CAPTURE(deadlyChange);
-        CHECK(run(deadlyChange).size() < 7);
+        CHECK(run(deadlyChange).size() < 6);
     }
 }
 
 TEST_CASE("on a full disk nothing is lost, and delete-all makes room")
 {
     const TemporaryFolder folder;
-    const auto lines = runWithOwnDisks("mount -t tmpfs -o size=32m none \"$1\"\n"
-                                       "head -c 12000000 /dev/zero > \"$1/filler\"\n"
+    const auto lines = runWithOwnDisks("mount -t tmpfs -o size=16m none \"$1\"\n"
                                        "exec \"$2\" full \"$1\"\n",
                                        folder.path());
     if (lines)
-        CHECK(*lines ==
-              Lines{"1 photos, 1 whole, 0 pending, 1 posts",
-                    "Failed to save image: database or disk is full (SQLite 13)", "1 pending",
-                    "0 pending, 1 posts", "Failed to save image: database or disk is full (SQLite 13)",
-                    "1 photos, 1 whole, 1 pending, 0 posts", "2 photos, 2 whole, 0 pending, 1 posts"});
+        CHECK(*lines == Lines{"1 photos, 1 whole, 0 pending, 1 posts",
+                              "Failed to save image: database or disk is full (SQLite 13)",
+                              "1 photos, 1 whole, 1 pending, 0 posts",
+                              "2 photos, 2 whole, 0 pending, 1 posts"});
 }
 
 TEST_CASE("a store that cannot be written shows its photos and says what it cannot do")

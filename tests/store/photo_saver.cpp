@@ -1,13 +1,11 @@
 // A program that the tests of the photo store run, kill, and put onto disks with faults.
 //
-//     photo_saver save FOLDER      saves photos of 1 to 4 MB, prints the uuid of each once it is committed,
-//                                  and deletes all now and then, between the lines "deleting" and "deleted"
-//     photo_saver crash FOLDER N   does a little of everything, saying the same, and dies in the middle of
+//     photo_saver crash FOLDER N   does a little of everything, prints the uuid of each photo once it is
+//                                  committed and "deleting" before it deletes all, and dies in the middle of
 //                                  its Nth change to a file; prints how many it made if it gets through
 //     photo_saver two FOLDER       saves two photos into FOLDER/store and ends
-//     photo_saver full FOLDER      goes to the limits of a small disk; FOLDER/filler takes up the rest of it
+//     photo_saver full FOLDER      goes to the limit of a small disk, and on
 //     photo_saver read-only FOLDER uses a store, FOLDER/store, that cannot be written
-#include "platform/base/AsioQueues.h"
 #include "tests/fakes/FileFaults.h"
 #include "tests/store/StoreFixture.h"
 
@@ -43,13 +41,6 @@ void printState(StoreUser &user)
           std::to_string(user.takePosts()) + " posts");
 }
 
-void deleteAll(StoreUser &user)
-{
-    print("deleting");
-    user.photos.deleteAllPhotos();
-    print("deleted");
-}
-
 void crash(const std::filesystem::path &folder, long atChange)
 {
     using namespace std::chrono_literals;
@@ -62,28 +53,13 @@ void crash(const std::filesystem::path &folder, long atChange)
             print(user.uuids(1).at(0));
             if (kilobytes == 100) {
                 time.advance(10s);
-                deleteAll(user);
+                print("deleting");
+                user.photos.deleteAllPhotos();
             }
         }
         time.advance(10s);
     }
     print(std::to_string(fileFaults::calls()));
-}
-
-void saveForEver(const std::filesystem::path &folder)
-{
-    AsioQueues queues;
-    const VirtualTime clock;
-    StoreUser user(folder, queues.globalUserInitiated(), clock, std::chrono::seconds(5));
-    std::vector<Image> images;
-    for (int megabytes = 1; megabytes <= 4; ++megabytes)
-        images.push_back(noise(1, megabytes * 1000));
-    for (std::size_t number = 1; true; ++number) {
-        user.photos.saveImage(images[number % images.size()]);
-        print(user.uuids(1).at(0));
-        if (number % 8 == 0)
-            deleteAll(user);
-    }
 }
 
 void fillDisk(const std::filesystem::path &folder)
@@ -93,20 +69,10 @@ void fillDisk(const std::filesystem::path &folder)
     StoreUser user(folder / "store", time);
     user.photos.saveImage(noise(1, 2000));
     printState(user);
-    const auto fillUp = [&] {
-        while (user.console.lines().empty())
-            user.photos.saveImage(noise(2, 2000));
-        user.takePosts();
-        printConsole(user);
-    };
-    fillUp();
-    print(std::to_string(user.context().insertedObjects().size()) + " pending");
-    std::filesystem::remove(folder / "filler");
-    user.photos.saveImage(noise(3, 100));
-    print(std::to_string(user.context().insertedObjects().size()) + " pending, " +
-          std::to_string(user.takePosts()) + " posts");
-
-    fillUp();
+    while (user.console.lines().empty())
+        user.photos.saveImage(noise(2, 2000));
+    user.takePosts();
+    printConsole(user);
     if (const auto deleted = user.context().executeBatchDelete(photoEntityName); !deleted)
         print(deleted.error().description());
     printState(user);
@@ -146,9 +112,7 @@ int main(int count, char **arguments)
     if (count < 3)
         return 2;
     const std::string mode = arguments[1];
-    if (mode == "save")
-        saveForEver(arguments[2]);
-    else if (mode == "crash" && count == 4)
+    if (mode == "crash" && count == 4)
         crash(arguments[2], std::atol(arguments[3]));
     else if (mode == "two")
         saveTwo(arguments[2]);

@@ -1,19 +1,15 @@
 #include "platform/image/PictureScaler.h"
 #include "tests/fakes/FakeCamera.h"
+#include "tests/ui/ShownWindow.h"
 #include "ui/AspectFill.h"
 #include "ui/LightCurve.h"
 #include "ui/PreviewLayer.h"
 
 #include <doctest/doctest.h>
 
-#include <QGuiApplication>
-#include <QTest>
-
 using namespace skyflare;
 
 namespace {
-
-constexpr int deadlineMs = 60000;
 
 /// A camera's picture: left third red, middle green, right blue.
 VideoFrame threeColors(int width, int height)
@@ -35,15 +31,12 @@ VideoFrame threeColors(int width, int height)
     return frame;
 }
 
-struct OneQueueSession {
-    std::shared_ptr<CaptureSession> session = std::make_shared<FakeSession>(FakeSession::Refuses{});
-
-    void show(const VideoFrame &frame) const
-    {
-        if (const auto preview = session->preview())
-            preview->show(frame);
-    }
-};
+/// As its camera does.
+void show(const CaptureSession &session, const VideoFrame &frame)
+{
+    if (const auto preview = session.preview())
+        preview->show(frame);
+}
 
 } // namespace
 
@@ -69,48 +62,41 @@ TEST_CASE("a scaled picture lies between its pixels")
         CHECK(std::vector(pixels.begin(), pixels.begin() + 4) == row);
         CHECK(std::vector(pixels.begin() + 4, pixels.end()) == row);
     }
+    SUBCASE("halved: each pixel is the middle of two, however many are done at a time")
+    {
+        PixelBuffer ramp = PixelBuffer::ofSize(74, 1);
+        for (std::uint32_t i = 0; i < ramp.rgb.size(); ++i)
+            ramp.rgb[i] = static_cast<std::uint8_t>(i); // a row of 222 bytes
+        std::vector<std::uint32_t> pixels(37);
+        scaler.scale(PixelRows(ramp), {pixels, 37, 1, 37});
+        for (std::uint32_t x = 0; x < 37; ++x) {
+            CAPTURE(x);
+            CHECK(pixels[x] == 0xFF020304 + x * 0x060606);
+        }
+    }
     SUBCASE("reduced to one pixel")
     {
         std::vector<std::uint32_t> pixels(1);
         scaler.scale(PixelRows(two), {pixels, 1, 1, 1});
         CHECK(pixels[0] == 0xFF329664);
     }
-    SUBCASE("a row is made once, and only if it is needed")
-    {
-        struct CountingRows final : PictureRows {
-            mutable std::vector<int> made;
-            [[nodiscard]] int width() const override { return 4; }
-            [[nodiscard]] int height() const override { return 100; }
-            const std::uint8_t *row(int y, std::span<std::uint8_t> room) const noexcept override
-            {
-                made.push_back(y);
-                return room.data();
-            }
-        } rows;
-        std::vector<std::uint32_t> pixels(100);
-        scaler.scale(rows, {pixels, 1, 5, 1});
-        CHECK(rows.made == std::vector{9, 10, 29, 30, 49, 50, 69, 70, 89, 90});
-        rows.made.clear();
-        scaler.scale(rows, {pixels, 1, 100, 1});
-        CHECK(rows.made.size() == 100);
-    }
 }
 
 TEST_CASE("a preview shows the middle of the newest frame at the size of its view")
 {
-    const OneQueueSession camera;
-    PreviewLayer layer(*camera.session);
+    FakeSession camera{{}};
+    PreviewLayer layer(camera);
     layer.setBounds({30, 60}, 1.0); // of 90 × 60 the green third
     int arrived = 0;
     QObject::connect(&layer, &PreviewLayer::pictureArrived, &layer, [&] { ++arrived; });
-    camera.show(threeColors(90, 60));
-    REQUIRE(QTest::qWaitFor([&] { return arrived == 1; }, deadlineMs));
+    show(camera, threeColors(90, 60));
+    REQUIRE(comes([&] { return arrived == 1; }));
 
     SUBCASE("frames are passed over until the picture is fetched")
     {
         const VideoFrame later = greyFrame(9);
         for (int i = 0; i < 20; ++i) {
-            camera.show(later);
+            show(camera, later);
             CHECK(later.owner.use_count() == 1); // nobody keeps it to turn it
         }
         const QImage picture = layer.fetch();
@@ -118,8 +104,8 @@ TEST_CASE("a preview shows the middle of the newest frame at the size of its vie
         CHECK(picture.pixel(0, 0) == 0xFF0AC80A);
         CHECK(picture.pixel(29, 59) == 0xFF0AC80A);
         CHECK(layer.fetch().isNull());
-        camera.show(threeColors(90, 60));
-        REQUIRE(QTest::qWaitFor([&] { return arrived == 2; }, deadlineMs));
+        show(camera, threeColors(90, 60));
+        REQUIRE(comes([&] { return arrived == 2; }));
     }
     SUBCASE("a tapped point is a point of the sensor")
     {
@@ -139,9 +125,9 @@ TEST_CASE("a preview shows the middle of the newest frame at the size of its vie
 
 TEST_CASE("a preview takes what cameras give, and leaves the session when it goes")
 {
-    const OneQueueSession camera;
+    FakeSession camera{{}};
     {
-        PreviewLayer layer(*camera.session);
+        PreviewLayer layer(camera);
         CHECK(layer.captureDevicePointOfInterest({1, 1}).x == 0.5);
         layer.setBounds({16, 16}, 2.0);
         int arrived = 0;
@@ -149,19 +135,17 @@ TEST_CASE("a preview takes what cameras give, and leaves the session when it goe
 
         VideoFrame broken = threeColors(32, 32);
         broken.format = PixelFormat::Jpeg; // no JPEG at all: nothing is shown, and the next one is
-        camera.show(broken);
-        REQUIRE(QTest::qWaitFor(
-            [&] {
-                camera.show(greyFrame(128)); // one pixel
-                return arrived == 1;
-            },
-            deadlineMs));
+        show(camera, broken);
+        REQUIRE(comes([&] {
+            show(camera, greyFrame(128)); // one pixel
+            return arrived == 1;
+        }));
         const QImage picture = layer.fetch();
         CHECK(picture.size() == QSize(32, 32));
         CHECK(picture.pixel(31, 31) == 0xFF808080);
-        CHECK(camera.session->preview() != nullptr);
+        CHECK(camera.preview() != nullptr);
     }
-    CHECK(camera.session->preview() == nullptr);
+    CHECK(camera.preview() == nullptr);
 }
 
 TEST_CASE("a light curve keeps five seconds and finds a scale for them")

@@ -2,14 +2,13 @@
 
 #include "ui/ButtonOutlet.h"
 #include "ui/ImageOutlet.h"
-#include "ui/LightCurve.h"
 #include "ui/PreviewLayer.h"
 #include "ui/Storyboard.h"
 #include "ui/ViewController.h"
 
 namespace skyflare {
 
-/// A screen that shows one of everything that ui/ has; for tests and pictures.
+/// A screen with the small views of ui/ on it; for tests and pictures.
 class Sampler : public skyflare::ViewController {
     Q_OBJECT
     QML_ELEMENT
@@ -19,9 +18,7 @@ class Sampler : public skyflare::ViewController {
     Q_PROPERTY(skyflare::LabelOutlet *lightPowerLabel READ lightPowerLabel CONSTANT)
     Q_PROPERTY(skyflare::LabelOutlet *statusText READ statusText CONSTANT)
     Q_PROPERTY(skyflare::ImageOutlet *photo READ photo CONSTANT)
-    Q_PROPERTY(skyflare::LightCurve *lightCurve READ lightCurve CONSTANT)
     Q_PROPERTY(skyflare::PreviewLayer *previewLayer READ previewLayer NOTIFY previewChanged)
-    Q_PROPERTY(QStringList symbols READ symbols CONSTANT)
 
 public:
     static Storyboard storyboard();
@@ -38,9 +35,7 @@ public:
     [[nodiscard]] LabelOutlet *lightPowerLabel() { return &lightPowerLabel_; }
     [[nodiscard]] LabelOutlet *statusText() { return &statusText_; }
     [[nodiscard]] ImageOutlet *photo() { return &photo_; }
-    [[nodiscard]] LightCurve *lightCurve() { return &lightCurve_; }
     [[nodiscard]] PreviewLayer *previewLayer() { return previewLayer_.get(); }
-    [[nodiscard]] static QStringList symbols();
 
 signals:
     void previewChanged();
@@ -51,7 +46,6 @@ private:
     LabelOutlet lightPowerLabel_;
     LabelOutlet statusText_;
     ImageOutlet photo_;
-    LightCurve lightCurve_;
     std::unique_ptr<PreviewLayer> previewLayer_;
 };
 

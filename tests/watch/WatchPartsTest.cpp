@@ -1,12 +1,10 @@
 #include "platform/base/Files.h"
 #include "tests/fakes/RecordingConsole.h"
-#include "tests/fakes/RecordingMonitor.h"
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/fakes/VirtualTime.h"
 #include "watch/AnalyticsEventText.h"
 #include "watch/AnalyticsJson.h"
 #include "watch/ContactSheet.h"
-#include "watch/FilmTime.h"
 #include "watch/FrameTally.h"
 #include "watch/PhotoExport.h"
 
@@ -14,7 +12,6 @@
 
 #include <cstdlib>
 #include <limits>
-#include <vector>
 
 using namespace skyflare;
 using namespace std::chrono_literals;
@@ -29,28 +26,6 @@ Image greyImage(int width, int height)
 }
 
 } // namespace
-
-TEST_CASE("in film time delayed work comes due before the frame of its moment")
-{
-    VirtualTime time;
-    std::vector<double> ran;
-    FilmTime film(
-        time.mainQueue(), [&] { time.runUntilIdle(); }, 1'000'000.7);
-    const auto note = [&] { ran.push_back(film.secondsSince1970() - 1'000'000); };
-    film.queue().asyncAfter(2s, note);
-    film.queue().asyncAfter(1s, [&] {
-        note();
-        film.queue().asyncAfter(500ms, note); // due within the same step
-    });
-
-    film.willDeliver(999ms);
-    CHECK(ran.empty());
-    film.willDeliver(2s);
-    CHECK(ran == std::vector{1.0, 1.5, 2.0}); // whole seconds at the start, then the film's own time
-    film.willDeliver(5s);
-    CHECK(ran.size() == 3);
-    CHECK(film.secondsSince1970() == 1'000'005.0);
-}
 
 TEST_CASE("a photo is told the trigger it belongs to")
 {
@@ -95,14 +70,11 @@ TEST_CASE("exported photos keep their names apart, and a folder that cannot be w
     time.runUntilIdle();
 
     CHECK(finished);
-    std::size_t files = 0;
-    for (const auto &entry : std::filesystem::directory_iterator(folder / "new/folder")) {
-        ++files;
-        const std::string name = entry.path().filename();
-        const bool named = name.find(".250") != std::string::npos || name == "contact-sheet.png";
-        CHECK(named);
-    }
-    CHECK(files == 4);
+    std::size_t photos = 0;
+    for (const auto &entry : std::filesystem::directory_iterator(folder / "new/folder"))
+        photos += entry.path().filename().string().find(".250") != std::string::npos ? 1 : 0;
+    CHECK(photos == 3);
+    CHECK(exists(folder / "new/folder/contact-sheet.png"));
 
     REQUIRE(replaceFile(folder / "file", {}));
     CHECK_FALSE(PhotoExport::into(folder / "file/below", time, console));
@@ -177,15 +149,10 @@ TEST_CASE("the status says why events are recorded or not, and what does not bal
     CHECK(status.balance().error().message == "rows that wait: counted 5, but there are 4");
     database.waitingEvents = 5; // one event is under way, which another program may be at
     CHECK(status.balance());
-    database.ledger[std::size_t(LedgerEntry::Failed)] = 2; // one end too many
+    auto &failed = database.ledger[std::size_t(LedgerEntry::Failed)];
+    failed = 2; // one end too many
     CHECK_FALSE(status.balance());
-}
-
-TEST_CASE("the options as they are shipped are the defaults")
-{
-    const std::filesystem::path folders[] = {SKYFLARE_DEPLOYMENT};
-    RecordingMonitor monitor;
-    CHECK(APMAnalyticsOptions::load(folders, monitor) == APMAnalyticsOptions());
-    CHECK(monitor.lines.size() == 1); // that the app id is empty
-    CHECK(exists(folders[0] / "MipemeService-Info.plist"));
+    failed = 0;
+    database.ledger[std::size_t(LedgerEntry::PartsRefused)] = 1; // with no error that says why
+    CHECK_FALSE(status.balance());
 }
