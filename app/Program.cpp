@@ -4,7 +4,6 @@
 #include "platform/base/Localization.h"
 #include "platform/camera/GstCapture.h"
 #include "platform/camera/GstSetup.h"
-#include "platform/linux/BackgroundThread.h"
 #include "platform/linux/BackupExclusion.h"
 #include "platform/linux/DeviceCameraAuthorization.h"
 #include "platform/linux/MachineFacts.h"

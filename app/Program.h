@@ -15,6 +15,7 @@
 #include "platform/desktop/MissingHaptics.h"
 #include "platform/desktop/MissingRemoteNotifications.h"
 #include "platform/desktop/MissingUserNotifications.h"
+#include "platform/linux/BackgroundThread.h"
 #include "platform/linux/FileWatch.h"
 #include "platform/linux/PicturesLibrary.h"
 #include "platform/linux/ProgramFiles.h"
@@ -61,7 +62,7 @@ private:
     TerminationSignals signals_{[this] { mainQueue_.async(&QCoreApplication::quit); }}; // before any thread
     QGuiApplication application_;
     std::unique_ptr<SingleInstance> instance_;
-    AsioQueues queues_;
+    AsioQueues queues_{&becomeWorkingThread}; // photos are encoded there: the live picture goes on
     const std::shared_ptr<SerialQueue> storageQueue_ = queues_.makeSerialQueue("storage");
     ThumbnailCache thumbnails_{directories_.cache / "thumbnails", *storageQueue_};
     NotificationCenter notificationCenter_;

@@ -2,6 +2,7 @@
 
 #include "app/Program.h"
 #include "bench/CameraProgram.h"
+#include "bench/ItemSearch.h"
 #include "bench/Machine.h"
 #include "platform/camera/GstSetup.h"
 #include "ui/PreviewView.h"
@@ -26,16 +27,6 @@ CameraFinder finderOf(const std::shared_ptr<CameraSource> &camera)
             return ready.error();
         return CameraChoice{.camera = camera};
     };
-}
-
-PreviewView *previewIn(const QQuickItem &item)
-{
-    for (QQuickItem *const child : item.childItems()) {
-        auto *const view = qobject_cast<PreviewView *>(child);
-        if (auto *const found = view != nullptr ? view : previewIn(*child))
-            return found;
-    }
-    return nullptr;
 }
 
 } // namespace
@@ -70,10 +61,29 @@ void AppRun::prepareSettings() const
     defaults.setDouble(options_.settings.frequency, "frequency");
 }
 
-void AppRun::pressSpace()
+QQuickWindow &AppRun::window() const
 {
-    require(window_ != nullptr, "the window has gone before its key was pressed");
-    QTest::keyClick(window_, Qt::Key_Space);
+    require(window_ != nullptr, "the window has gone");
+    return *window_;
+}
+
+void AppRun::press(Qt::Key key, Qt::KeyboardModifiers modifiers)
+{
+    QTest::keyClick(&window(), key, modifiers);
+}
+
+void AppRun::click(const QString &name)
+{
+    const QQuickItem *const item = itemNamed(*window().contentItem(), name);
+    require(item != nullptr && isSeen(*item), "what is to be clicked is not there");
+    QTest::mouseClick(window_, Qt::LeftButton, {},
+                      item->mapToScene(QRectF(QPointF(), item->size()).center()).toPoint());
+}
+
+void AppRun::awaitSight(Sight sight, std::function<void(double seenAt)> then)
+{
+    const std::scoped_lock lock(awaitedMutex_);
+    awaited_.push_back({std::move(sight), std::move(then)});
 }
 
 void AppRun::doAfter(double seconds, std::function<void()> work)
@@ -106,11 +116,14 @@ void AppRun::frameBegan()
     if (paintedAt_ == 0)
         return;
     if (preview_ == nullptr)
-        preview_ = previewIn(*window_->contentItem());
+        preview_ = qobject_cast<PreviewView *>(itemNamed(*window_->contentItem(), QStringLiteral("preview")));
     const qint64 picture = preview_ != nullptr ? preview_->picture().cacheKey() : 0;
     if (picture != 0 && picture != shown_)
         ++previews_;
     shown_ = picture;
+    const std::scoped_lock lock(awaitedMutex_);
+    for (Awaited &awaited : awaited_)
+        awaited.isInFrame = awaited.sight(*window_->contentItem());
 }
 
 void AppRun::frameShown()
@@ -124,6 +137,18 @@ void AppRun::frameShown()
             QMetaObject::invokeMethod(
                 this, [this] { options_.previewed(*this); }, Qt::QueuedConnection);
     }
+    reportSights(now());
+}
+
+void AppRun::reportSights(double seenAt)
+{
+    const std::scoped_lock lock(awaitedMutex_);
+    for (Awaited &awaited : awaited_) {
+        if (awaited.isInFrame)
+            QMetaObject::invokeMethod(
+                this, [then = std::move(awaited.then), seenAt] { then(seenAt); }, Qt::QueuedConnection);
+    }
+    std::erase_if(awaited_, [](const Awaited &awaited) { return awaited.isInFrame; });
 }
 
 void AppRun::becomeReady()

@@ -10,7 +10,10 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
+#include <vector>
 
+class QQuickItem;
 class QQuickWindow;
 
 namespace skyflare {
@@ -51,7 +54,16 @@ public:
     int run();
 
     /// The key that starts and stops.
-    void pressSpace();
+    void pressSpace() { press(Qt::Key_Space); }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    /// In the middle of the item of that object name.
+    void click(const QString &name);
+
+    /// What may be looked at while a frame begins: all that is in the window.
+    using Sight = std::function<bool(QQuickItem &content)>;
+    /// Waits for the first frame that shows it. @param then  on main, with now() of when it was on the screen
+    void awaitSight(Sight sight, std::function<void(double seenAt)> then);
+    [[nodiscard]] QQuickWindow &window() const;
     /// On main, that long from now.
     void doAfter(double seconds, std::function<void()> work);
 
@@ -65,6 +77,12 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    struct Awaited {
+        Sight sight;
+        std::function<void(double seenAt)> then;
+        bool isInFrame = false; ///< of the frame under way
+    };
+
     const std::filesystem::path folder_;
     const Options options_;
     QPointer<QQuickWindow> window_;
@@ -74,11 +92,14 @@ private:
     std::atomic<int> previews_ = 0;
     std::atomic<double> paintedAt_ = 0;
     std::atomic<double> previewedAt_ = 0;
+    std::mutex awaitedMutex_;
+    std::vector<Awaited> awaited_;
 
     void prepareSettings() const;
     void watch(QQuickWindow &window);
     void frameBegan();
     void frameShown();
+    void reportSights(double seenAt);
     void becomeReady();
 };
 

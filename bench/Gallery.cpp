@@ -1,25 +1,18 @@
 // How quickly the photos of a gallery can be had, small and sharp, without the window that shows them.
 
 #include "bench/Machine.h"
+#include "bench/PhotoYardsticks.h"
 #include "bench/PngPictures.h"
 #include "bench/Table.h"
 #include "bench/WorkFolder.h"
 #include "platform/base/AsioQueues.h"
-#include "platform/base/Handle.h"
 #include "platform/base/StandardConsole.h"
-#include "platform/image/JpegDecoder.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/persistence/PersistentContainer.h"
 #include "store/PhotoDataManager.h"
 #include "store/PhotoEntity.h"
 
-#include <spng.h>
-
-#include <algorithm>
-#include <atomic>
-#include <cstdio>
 #include <functional>
-#include <thread>
 
 namespace skyflare::bench {
 
@@ -34,28 +27,6 @@ constexpr int screenWidth = 1170;
 constexpr int screenHeight = 2532;
 constexpr int rounds = 7;
 
-/// As many as the views use.
-unsigned threadCount()
-{
-    return std::clamp(std::thread::hardware_concurrency(), 1U, 4U);
-}
-
-/// Does `work` for each photo, on these threads. @return how long that took.
-double onThreads(const std::function<void(std::size_t photo)> &work)
-{
-    std::atomic<std::size_t> next = 0;
-    const double start = now();
-    {
-        std::vector<std::jthread> threads;
-        for (unsigned i = 0; i < threadCount(); ++i)
-            threads.emplace_back([&] {
-                for (std::size_t photo = next++; photo < photoCount; photo = next++)
-                    work(photo);
-            });
-    }
-    return now() - start;
-}
-
 double medianOf(const std::function<double()> &measure)
 {
     std::vector<double> seconds;
@@ -69,15 +40,6 @@ double timeOf(const std::function<void()> &work)
     const double start = now();
     work();
     return now() - start;
-}
-
-/// Nothing but the library, into memory that is there already.
-void decodeBySpng(const Bytes &png, Bytes &into)
-{
-    const Handle<spng_ctx, &spng_ctx_free> decoder(spng_ctx_new(0));
-    spng_set_png_buffer(decoder.get(), png.data(), png.size());
-    require(spng_decode_image(decoder.get(), into.data(), into.size(), SPNG_FMT_RGB8, 0) == 0,
-            "libspng decodes a photo");
 }
 
 /// As the app has it: photos that it has caught.
@@ -106,8 +68,9 @@ struct Gallery final : PersistentContainerProvider {
     {
         std::vector<PhotoModel> newest;
         const double asked = timeOf([&] { newest = photos.fetchImages(photoCount); });
-        return asked + onThreads([&](std::size_t photo) {
-                   const auto shown = newest.at(photo).image.thumbnail(cellWidth, cellHeight);
+        return asked + onThreads(photoCount, [&](int photo) {
+                   const auto shown =
+                       newest.at(static_cast<std::size_t>(photo)).image.thumbnail(cellWidth, cellHeight);
                    require(shown && shown->height == cellHeight, "a thumbnail is there");
                });
     }
@@ -116,12 +79,7 @@ struct Gallery final : PersistentContainerProvider {
 void addCached(Table &table, Gallery &gallery, const Bytes &copy)
 {
     const double cached = medianOf([&] { return gallery.showAll(); });
-    const double bare = medianOf([&] {
-        return onThreads([&](std::size_t) {
-            const auto decoder = JpegDecoder::open(copy, {});
-            require(decoder && decodeAllRows(**decoder), "libjpeg decodes a copy");
-        });
-    });
+    const double bare = medianOf([&] { return decodingCopies(copy, photoCount); });
     table.add({.what = "20 thumbnails of caught photos of 12 MP, from the fetch on",
                .measured = duration(cached),
                .yardstick = "libjpeg, the copies whole: " + duration(bare),
@@ -130,7 +88,7 @@ void addCached(Table &table, Gallery &gallery, const Bytes &copy)
                .isReached = cached <= 0.2});
 }
 
-void addUncached(Table &table, Gallery &gallery, const Bytes &png, std::size_t pixelBytes)
+void addUncached(Table &table, Gallery &gallery, const Bytes &png)
 {
     const auto showAnew = [&] {
         std::filesystem::remove_all(gallery.cache);
@@ -140,12 +98,7 @@ void addUncached(Table &table, Gallery &gallery, const Bytes &png, std::size_t p
     const std::uint64_t before = currentMemory();
     const double uncached = medianOf(showAnew);
     const std::uint64_t peak = peakMemory();
-    const double bare = timeOf([&] {
-        onThreads([&](std::size_t) {
-            Bytes pixels(pixelBytes);
-            decodeBySpng(png, pixels);
-        });
-    });
+    const double bare = decodingPhotos(png, photoCount);
     table.add({.what = "the same, none in the cache; each is put there",
                .measured = duration(uncached),
                .yardstick = "libspng, the photos whole: " + duration(bare),
@@ -201,7 +154,7 @@ int run()
                .reach = "<= 1 x",
                .isReached = reducing <= encoding});
     addCached(table, gallery, *copy);
-    addUncached(table, gallery, png, pixelBytes);
+    addUncached(table, gallery, png);
     addSharp(table, gallery, png, pixelBytes);
     table.print();
     return 0;

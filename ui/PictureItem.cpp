@@ -43,7 +43,6 @@ QSGNode *PictureItem::updatePaintNode(QSGNode *node, UpdatePaintNodeData * /*dat
     if (isFirst) {
         image = window()->createImageNode();
         image->setOwnsTexture(true);
-        image->setFiltering(QSGTexture::Linear);
     }
     if (isFirst || isNew_) {
         const bool isOpaque = !picture_.hasAlphaChannel();
@@ -52,8 +51,12 @@ QSGNode *PictureItem::updatePaintNode(QSGNode *node, UpdatePaintNodeData * /*dat
     }
     isNew_ = false;
     const QSizeF pixels = picture_.size();
-    image->setSourceRect(placement_ == Placement::Fill ? aspectFillRegion(pixels, size())
-                                                       : QRectF(QPointF(), pixels));
+    // Pixel for pixel, nothing is interpolated: without a graphics card that is more work, for which Qt 6.4
+    // has main wait until other threads have done their part, and those may wait for a core.
+    const bool fitsExactly = placement_ == Placement::Fill && pixels == size() * pixelRatio();
+    image->setFiltering(fitsExactly ? QSGTexture::Nearest : QSGTexture::Linear);
+    image->setSourceRect(placement_ == Placement::Fill && !fitsExactly ? aspectFillRegion(pixels, size())
+                                                                       : QRectF(QPointF(), pixels));
     image->setRect(placement_ == Placement::Fill  ? boundingRect()
                    : placement_ == Placement::Fit ? aspectFitRect(pixels, size())
                                                   : QRectF(QPointF(), pixels / picture_.devicePixelRatio()));

@@ -53,10 +53,13 @@ void nameThisThread(const std::string &label)
 }
 
 std::thread serve(std::shared_ptr<AsioQueueCore> core, std::string label,
-                  std::shared_ptr<std::atomic<bool>> ended)
+                  std::shared_ptr<std::atomic<bool>> ended, std::function<void()> prepare = {})
 {
-    return std::thread([core = std::move(core), label = std::move(label), ended = std::move(ended)]() {
+    return std::thread([core = std::move(core), label = std::move(label), ended = std::move(ended),
+                        prepare = std::move(prepare)]() {
         nameThisThread(label);
+        if (prepare)
+            prepare();
         core->run();
         *ended = true;
     });
@@ -64,14 +67,15 @@ std::thread serve(std::shared_ptr<AsioQueueCore> core, std::string label,
 
 } // namespace
 
-AsioQueues::AsioQueues()
+AsioQueues::AsioQueues(const std::function<void()> &prepareGlobalThread)
 {
     const std::string label = "user-initiated";
     globalCore_ = std::make_shared<AsioQueueCore>(label);
     global_ = std::make_unique<AsioQueue<DispatchQueue>>(label, globalCore_);
     const unsigned count = std::clamp(std::thread::hardware_concurrency(), 2U, 4U);
     for (unsigned number = 0; number < count; ++number)
-        globalThreads_.push_back(serve(globalCore_, label, std::make_shared<std::atomic<bool>>(false)));
+        globalThreads_.push_back(
+            serve(globalCore_, label, std::make_shared<std::atomic<bool>>(false), prepareGlobalThread));
 }
 
 AsioQueues::~AsioQueues()

@@ -23,7 +23,8 @@ class AsioQueueCore;
 /// Threads: any; made and ended on main. Outlives everyone who borrows it.
 class AsioQueues final : public QueueFactory {
 public:
-    AsioQueues();
+    /// @param prepareGlobalThread  what each thread of the global queue does first
+    explicit AsioQueues(const std::function<void()> &prepareGlobalThread = {});
     /// Closes, and waits as close() does.
     ~AsioQueues() override;
 

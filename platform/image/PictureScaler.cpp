@@ -7,7 +7,8 @@ namespace skyflare {
 namespace {
 
 constexpr int bytesPerPixel = 3;
-constexpr int whole = 256; // of a weight
+constexpr int whole = MixedColumns::whole;
+constexpr std::uint64_t inEachLane = 0x0001'0001'0001'0001;
 
 } // namespace
 
@@ -27,29 +28,30 @@ void PictureScaler::prepareColumns(int width, int pictureWidth)
         return;
     width_ = width;
     pictureWidth_ = pictureWidth;
-    columns_.resize(static_cast<std::size_t>(width));
+    columns_ = {};
     for (int x = 0; x < width; ++x) {
-        auto column = between(x, width, pictureWidth);
-        column.first *= bytesPerPixel;
-        column.second *= bytesPerPixel;
-        columns_[static_cast<std::size_t>(x)] = column;
+        const auto column = between(x, width, pictureWidth);
+        columns_.first.push_back(column.first * bytesPerPixel);
+        columns_.weights.push_back(static_cast<std::uint64_t>(column.weight) * inEachLane);
     }
 }
 
 void PictureScaler::scale(const PictureRows &picture, Target target)
 {
     prepareColumns(target.width, picture.width());
-    mixed_.resize(picture.rowBytes());
+    const std::size_t rowBytes = picture.rowBytes();
+    mixed_.resize(rowBytes + mixedRowPadding);
     for (CachedRow &cached : cached_) {
         cached.y = -1;
-        cached.room.resize(picture.rowBytes());
+        cached.room.resize(rowBytes);
     }
     for (int y = 0; y < target.height; ++y) {
         const Between rows = between(y, target.height, picture.height());
         const auto *first = row(picture, rows.first, rows.second);
         const auto *second = row(picture, rows.second, rows.first);
-        mixRows(first, second, rows.weight);
-        mixColumns(target.pixels.subspan(static_cast<std::size_t>(target.stride * y),
+        mixRows({first, rowBytes}, {second, rowBytes}, rows.weight, std::span(mixed_).first(rowBytes));
+        mixColumns(mixed_, columns_,
+                   target.pixels.subspan(static_cast<std::size_t>(target.stride * y),
                                          static_cast<std::size_t>(target.width)));
     }
 }
@@ -65,33 +67,6 @@ const std::uint8_t *PictureScaler::row(const PictureRows &picture, int y, int ke
     free.y = y;
     free.rgb = picture.row(y, free.room);
     return free.rgb;
-}
-
-void PictureScaler::mixRows(const std::uint8_t *first, const std::uint8_t *second, int weight)
-{
-    std::uint8_t *mixed = mixed_.data();
-    const auto size = mixed_.size();
-    // 16-bit lanes, so that the compiler takes many at a time.
-    const auto two = static_cast<std::uint16_t>(weight);
-    const auto one = static_cast<std::uint16_t>(whole - weight);
-    for (std::size_t i = 0; i < size; ++i)
-        mixed[i] = static_cast<std::uint8_t>(
-            static_cast<std::uint16_t>(first[i] * one + second[i] * two + whole / 2) >> 8);
-}
-
-void PictureScaler::mixColumns(std::span<std::uint32_t> result) const
-{
-    for (std::size_t x = 0; x < result.size(); ++x) {
-        const Between &column = columns_[x];
-        const std::uint8_t *a = mixed_.data() + column.first;
-        const std::uint8_t *b = mixed_.data() + column.second;
-        const int two = column.weight;
-        const int one = whole - two;
-        const auto mix = [&](int channel) {
-            return static_cast<std::uint32_t>(a[channel] * one + b[channel] * two + whole / 2) >> 8;
-        };
-        result[x] = 0xFF000000U | mix(0) << 16 | mix(1) << 8 | mix(2);
-    }
 }
 
 } // namespace skyflare

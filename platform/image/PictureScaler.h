@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/image/PictureRows.h"
+#include "platform/image/RowMix.h"
 
 #include <cstdint>
 #include <span>
@@ -40,14 +41,12 @@ private:
     static Between between(int position, int size, int pictureSize);
     void prepareColumns(int width, int pictureWidth);
     const std::uint8_t *row(const PictureRows &picture, int y, int keep);
-    void mixRows(const std::uint8_t *first, const std::uint8_t *second, int weight);
-    void mixColumns(std::span<std::uint32_t> result) const;
 
     int width_ = 0;
     int pictureWidth_ = 0;
-    std::vector<Between> columns_; ///< first and second in bytes
+    MixedColumns columns_;
     CachedRow cached_[2];
-    std::vector<std::uint8_t> mixed_; ///< one row of the picture, between two of its own
+    std::vector<std::uint8_t> mixed_; ///< one row of the picture, between two of its own, and its padding
 };
 
 } // namespace skyflare

@@ -9,7 +9,7 @@ Item {
     property bool isRunning: false
     property real lineWidth: 3
     property real radius: 40
-    property color color: Theme.overPicture
+    readonly property color color: Theme.overPicture
 
     property real breath: 0
 
@@ -48,18 +48,16 @@ Item {
         height: rim.lineWidth
         color: rim.color
     }
-    Rectangle {
+    RimSide {
         y: rim.radius
         width: rim.lineWidth
         height: rim.height - 2 * rim.radius
-        color: rim.color
     }
-    Rectangle {
+    RimSide {
         x: rim.width - width
         y: rim.radius
         width: rim.lineWidth
         height: rim.height - 2 * rim.radius
-        color: rim.color
     }
     RimCorner {
         radius: rim.radius
