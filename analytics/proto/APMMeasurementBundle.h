@@ -13,7 +13,8 @@ namespace skyflare {
 /// Threads: any; a value.
 struct APMMeasurementBundle {
     std::string appId;
-    std::int64_t index = 0;
+    std::string databaseId;          ///< made anew with the database
+    std::int64_t index = 0;          ///< of that database; the first is 1
     double startTimestamp = 0;       ///< of the oldest event, seconds since 1970
     double endTimestamp = 0;         ///< of the newest
     double previousEndTimestamp = 0; ///< of the bundle before; 0: there was none

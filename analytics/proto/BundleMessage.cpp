@@ -4,6 +4,23 @@
 
 namespace skyflare {
 
+bool wire::readBundle(pb_istream_t *stream, APMMeasurementBundle &bundle)
+{
+    APMPBMeasurementBundle message = APMPBMeasurementBundle_init_zero;
+    message.app_id = textInto(bundle.appId);
+    message.events = messagesInto<std::vector<APMEvent>, readEvent>(bundle.events);
+    message.user_attributes = attributesInto(bundle.metadata.userAttributes);
+    message.app = appDataInto(bundle.metadata.app);
+    message.database_id = textInto(bundle.databaseId);
+    if (!pb_decode(stream, APMPBMeasurementBundle_fields, &message))
+        return false;
+    bundle.index = message.index;
+    bundle.startTimestamp = message.start_timestamp;
+    bundle.endTimestamp = message.end_timestamp;
+    bundle.previousEndTimestamp = message.previous_end_timestamp;
+    return true;
+}
+
 Bytes BundleMessage::encode(const APMMeasurementBundle &bundle)
 {
     APMPBMeasurementBundle message = APMPBMeasurementBundle_init_zero;
@@ -15,23 +32,16 @@ Bytes BundleMessage::encode(const APMMeasurementBundle &bundle)
     message.events = wire::messagesField<std::vector<APMEvent>, wire::writeEvent>(bundle.events);
     message.user_attributes = wire::attributesField(bundle.metadata.userAttributes);
     message.app = wire::appDataField(bundle.metadata.app);
+    message.database_id = wire::textField(bundle.databaseId);
     return wire::encode(APMPBMeasurementBundle_fields, &message);
 }
 
 Result<APMMeasurementBundle> BundleMessage::decode(std::span<const std::uint8_t> bytes)
 {
     APMMeasurementBundle bundle;
-    APMPBMeasurementBundle message = APMPBMeasurementBundle_init_zero;
-    message.app_id = wire::textInto(bundle.appId);
-    message.events = wire::messagesInto<std::vector<APMEvent>, wire::readEvent>(bundle.events);
-    message.user_attributes = wire::attributesInto(bundle.metadata.userAttributes);
-    message.app = wire::appDataInto(bundle.metadata.app);
-    if (const auto decoded = wire::decode(APMPBMeasurementBundle_fields, &message, bytes); !decoded)
-        return decoded.error();
-    bundle.index = message.index;
-    bundle.startTimestamp = message.start_timestamp;
-    bundle.endTimestamp = message.end_timestamp;
-    bundle.previousEndTimestamp = message.previous_end_timestamp;
+    pb_istream_t stream = pb_istream_from_buffer(bytes.data(), bytes.size());
+    if (!wire::readBundle(&stream, bundle))
+        return wire::parseError(stream);
     return bundle;
 }
 

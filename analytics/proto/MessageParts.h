@@ -2,7 +2,7 @@
 
 #include "analytics/model/APMEvent.h"
 #include "analytics/model/APMUserAttribute.h"
-#include "analytics/proto/APMMetadata.h"
+#include "analytics/proto/APMMeasurementBundle.h"
 #include "analytics/proto/Wire.h"
 
 /// The messages of this folder as parts of others. Threads: any.
@@ -24,6 +24,8 @@ template <typename Use> auto withEventMessage(const APMEvent &event, const Use &
 
 bool writeEvent(pb_ostream_t *stream, const APMEvent &event);
 bool readEvent(pb_istream_t *stream, APMEvent &event);
+
+bool readBundle(pb_istream_t *stream, APMMeasurementBundle &bundle);
 
 APMPBUserAttribute attributeMessage(const APMUserAttribute &attribute);
 bool writeAttribute(pb_ostream_t *stream, const APMUserAttribute &attribute);

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "analytics/proto/APMMeasurementBatch.h"
+#include "platform/base/Bytes.h"
+
+namespace skyflare {
+
+/// A batch as the bytes of an APMPBMeasurementBatch.
+///
+/// Any bytes may be read: an error, or a batch. Threads: any.
+struct BatchMessage {
+    /// @param bundles  as BundleMessage has encoded them, oldest first
+    static Bytes encode(const APMBatchFacts &facts, const std::vector<Bytes> &bundles);
+    static Result<APMMeasurementBatch> decode(std::span<const std::uint8_t> bytes);
+};
+
+} // namespace skyflare
