@@ -15,6 +15,7 @@ pkg_check_modules(hwy REQUIRED IMPORTED_TARGET libhwy)
 pkg_check_modules(isal REQUIRED IMPORTED_TARGET libisal)
 pkg_check_modules(exiv2 REQUIRED IMPORTED_TARGET exiv2)
 pkg_check_modules(glib REQUIRED IMPORTED_TARGET gio-2.0 gio-unix-2.0)
+pkg_check_modules(microhttpd REQUIRED IMPORTED_TARGET libmicrohttpd)
 pkg_check_modules(gstreamer REQUIRED IMPORTED_TARGET
     gstreamer-1.0 gstreamer-app-1.0 gstreamer-video-1.0 gstreamer-pbutils-1.0)
 

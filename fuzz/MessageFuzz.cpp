@@ -1,4 +1,6 @@
-// Any bytes as what the measurement database holds: events, metadata, properties of the user, bundles.
+// Any bytes as what the measurement database holds: events, metadata, properties of the user, bundles; and as
+// what a collector is sent.
+#include "analytics/proto/BatchMessage.h"
 #include "analytics/proto/BundleMessage.h"
 #include "analytics/proto/EventMessage.h"
 #include "analytics/proto/MetadataMessage.h"
@@ -20,6 +22,15 @@ template <typename Message> auto check(std::span<const std::uint8_t> bytes)
     require(second.has_value(), "what was written can be read");
     require(Message::encode(*second) == written, "and is written the same again");
     return first;
+}
+
+/// What is counted beforehand is what is read.
+void checkBatch(std::span<const std::uint8_t> bytes)
+{
+    const auto batch = BatchMessage::decode(bytes);
+    const auto counts = BatchMessage::count(bytes);
+    if (batch)
+        require(counts && counts->bundles == batch->bundles.size(), "every bundle that is read was counted");
 }
 
 /// As a caller may give it: texts that are no UTF-8.
@@ -48,6 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     (void)check<MetadataMessage>(bytes);
     (void)check<UserAttributeMessage>(bytes);
     (void)check<BundleMessage>(bytes);
+    checkBatch(bytes);
     checkText(std::string(bytes.begin(), bytes.end()));
     return 0;
 }

@@ -3,6 +3,8 @@
 #include "analytics/proto/APMMeasurementBatch.h"
 #include "platform/base/Bytes.h"
 
+#include <cstddef>
+
 namespace skyflare {
 
 /// A batch as the bytes of an APMPBMeasurementBatch.
@@ -12,6 +14,13 @@ struct BatchMessage {
     /// @param bundles  as BundleMessage has encoded them, oldest first
     static Bytes encode(const APMBatchFacts &facts, const std::vector<Bytes> &bundles);
     static Result<APMMeasurementBatch> decode(std::span<const std::uint8_t> bytes);
+
+    /// How much is in a batch, for who wants to know before decode() makes it.
+    struct Counts {
+        std::size_t bundles = 0;
+        std::size_t events = 0;
+    };
+    static Result<Counts> count(std::span<const std::uint8_t> bytes);
 };
 
 } // namespace skyflare
