@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analytics/pipeline/APMOperationQueue.h"
+#include "analytics/pipeline/WorkerTurns.h"
 #include "analytics/worker/MeasurementWorker.h"
 
 namespace skyflare {
@@ -14,7 +15,7 @@ inline constexpr const char *apmWorkerQueueLabel = "APMMeasurement";
 ///
 /// Threads: any. Borrows its services; what runs on the worker borrows this, which goes after the closing has
 ///     reported, or after the queue has been closed.
-class APMMeasurement {
+class APMMeasurement final : private WorkerTurns {
 public:
     explicit APMMeasurement(const MeasurementServices &services);
 
@@ -55,9 +56,14 @@ private:
     EventLedger &ledger_;
     MeasurementWorker work_;
     std::shared_ptr<SerialQueue> queue_;
-    APMOperationQueue operations_;
+    std::shared_ptr<APMOperationQueue> operations_; ///< timers that outlive this look for it
 
-    template <typename Operation> void perform(Operation operation);
+    template <typename Operation> void ask(Operation operation);
+
+    // For the worker's own parts
+    void perform(Work work) override;
+    void performAfter(std::chrono::nanoseconds delay, Work work) override;
+    [[nodiscard]] DispatchQueue &queue() override { return *queue_; }
 };
 
 } // namespace skyflare

@@ -18,6 +18,7 @@ AnalyticsHost::AnalyticsHost(const Services &services, const Places &places, con
                   .ledger = ledger_,
                   .suite = suite_,
                   .config = config_,
+                  .random = services.random,
                   .openDatabase =
                       [this, database = places.state / measurementDatabaseName, &clock = services.clock,
                        exclude = services.excludeFromBackup](const StoreLimits &limits) {
@@ -26,7 +27,10 @@ AnalyticsHost::AnalyticsHost(const Services &services, const Places &places, con
                   .app = std::move(app),
                   .debugMode = monitor_.isDebugModeEnabled(),
                   .settings = services.settings,
-                  .prepareThread = services.prepareThread})
+                  .prepareThread = services.prepareThread,
+                  .transport = services.transport,
+                  .network = services.network,
+                  .notificationCenter = services.notificationCenter})
 {
     FIRAnalytics::setShared(&analytics_);
 }

@@ -23,8 +23,11 @@ public:
         Console &console;
         RandomSource &random;
         APMDatabase::ExcludeFromBackup excludeFromBackup;
-        std::function<void()> prepareThread = {}; ///< run first on each of the engine's threads
-        APMRemoteConfig settings = {};
+        std::function<void()> prepareThread = {};         ///< run first on each of the engine's threads
+        APMRemoteConfig settings = {};                    ///< until the server gives others
+        HttpTransport *transport = nullptr;               ///< null: nothing is sent or fetched
+        NetworkMonitor *network = nullptr;                ///< null: not known
+        NotificationCenter *notificationCenter = nullptr; ///< may be null
     };
     struct Places {
         std::filesystem::path config; ///< the folder of the settings

@@ -22,8 +22,10 @@ struct OptionRow {
     Field field;
 };
 
-constexpr std::array<OptionRow, 13> optionRows{{
+constexpr std::array<OptionRow, 15> optionRows{{
     {"MIPEME_APP_ID", OptionsFile::MipemeServiceInfo, &Options::appID},
+    {"MIPEME_ANALYTICS_COLLECTION_HOST", OptionsFile::Info, &Options::collectionHost},
+    {"MIPEME_ANALYTICS_CONFIGURATION_HOST", OptionsFile::Info, &Options::configurationHost},
     {"FIREBASE_ANALYTICS_COLLECTION_ENABLED", OptionsFile::Info, &Options::collectionEnabled},
     {"FIREBASE_ANALYTICS_COLLECTION_DEACTIVATED", OptionsFile::Info, &Options::collectionDeactivated},
     {"FirebaseAutomaticScreenReportingEnabled", OptionsFile::Info, &Options::automaticScreenReportingEnabled},

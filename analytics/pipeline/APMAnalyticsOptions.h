@@ -18,6 +18,10 @@ inline constexpr const char *mipemeServiceInfoFile = "MipemeService-Info.plist";
 /// Threads: any; a value.
 struct APMAnalyticsOptions {
     std::string appID;
+    /// Where events go and settings come from: "https://collect.example.org", or without "https://";
+    /// "http://" to this machine alone. Empty: nothing is sent, nothing is fetched.
+    std::string collectionHost;
+    std::string configurationHost;
 
     bool collectionEnabled = true; ///< until the user or the app chooses
     bool collectionDeactivated = false;

@@ -6,6 +6,10 @@
 #include "analytics/upload/APMRemoteConfig.h"
 #include "analytics/worker/MeasurementConfig.h"
 #include "platform/base/DispatchQueue.h"
+#include "platform/base/NotificationCenter.h"
+#include "platform/base/RandomSource.h"
+#include "platform/net/HttpTransport.h"
+#include "platform/net/NetworkMonitor.h"
 
 #include <functional>
 #include <memory>
@@ -21,11 +25,15 @@ struct MeasurementServices {
     EventLedger &ledger;
     APMPersistedSuite &suite;
     MeasurementConfig &config;
+    RandomSource &random;
     std::function<Result<std::unique_ptr<APMDatabase>>(const StoreLimits &)> openDatabase;
     APMAppData app = {}; ///< without app id and app instance id, which the engine fills in
     bool debugMode = false;
     APMRemoteConfig settings = {};
     std::function<void()> prepareThread = {}; ///< run first on each of the engine's threads; may be empty
+    HttpTransport *transport = nullptr;       ///< null: nothing is sent or fetched
+    NetworkMonitor *network = nullptr;        ///< null: it is not known whether there is a network
+    NotificationCenter *notificationCenter = nullptr; ///< told of screens and engagement; may be null
 };
 
 } // namespace skyflare

@@ -13,13 +13,15 @@ constexpr double staleDataLookInterval = 3'600; // seconds; the setting's smalle
 
 } // namespace
 
-MeasurementWorker::MeasurementWorker(const MeasurementServices &services)
-    : MeasurementWorker(services, MeasurementLimits::of(services.settings))
+MeasurementWorker::MeasurementWorker(const MeasurementServices &services, WorkerTurns &worker)
+    : MeasurementWorker(services, worker, MeasurementLimits::of(services.settings))
 {
 }
 
-MeasurementWorker::MeasurementWorker(const MeasurementServices &services, const MeasurementLimits &limits)
+MeasurementWorker::MeasurementWorker(const MeasurementServices &services, WorkerTurns &worker,
+                                     const MeasurementLimits &limits)
     : services_(services),
+      worker_(worker),
       databases_({services.monitor, services.clock, services.ledger,
                   [open = services.openDatabase, store = limits.store] { return open(store); }}),
       journal_({databases_, services.monitor, services.clock, services.ledger}),

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analytics/pipeline/APMAnalyticsOptions.h"
+#include "analytics/pipeline/WorkerTurns.h"
 #include "analytics/worker/AnalyticsReset.h"
 #include "analytics/worker/EventIntake.h"
 #include "analytics/worker/EventListeners.h"
@@ -17,7 +18,8 @@ namespace skyflare {
 /// Threads: the engine's worker, but for construction and appInstanceID(). Borrows its services.
 class MeasurementWorker {
 public:
-    explicit MeasurementWorker(const MeasurementServices &services);
+    /// @param worker  where this runs; not used before start()
+    MeasurementWorker(const MeasurementServices &services, WorkerTurns &worker);
 
     void start(const APMAnalyticsOptions &options, Collection collection);
     /// Any thread. Nothing until it has started, and where none could be made.
@@ -45,6 +47,7 @@ public:
 
 private:
     MeasurementServices services_;
+    WorkerTurns &worker_;
     DatabaseKeeper databases_;
     EventJournal journal_;
     EventListeners listeners_;
@@ -60,7 +63,8 @@ private:
     mutable std::mutex instanceIDMutex_;
     std::optional<std::string> instanceID_;
 
-    MeasurementWorker(const MeasurementServices &services, const MeasurementLimits &limits);
+    MeasurementWorker(const MeasurementServices &services, WorkerTurns &worker,
+                      const MeasurementLimits &limits);
     bool isDropped(const LogEventCall &call);
     void logFirstOpenIfDue(Collection collection);
     void setInstanceID(const Result<std::string> &made);

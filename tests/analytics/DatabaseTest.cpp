@@ -24,6 +24,7 @@ APMMeasurementBundle bundle(const std::string &appId, double endTimestamp, int e
 {
     const APMEvent event{"app", "launch", endTimestamp, 0, {}};
     return {appId,
+            "d4",
             1,
             endTimestamp,
             endTimestamp,
