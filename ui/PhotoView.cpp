@@ -1,5 +1,6 @@
 #include "ui/PhotoView.h"
 
+#include "ui/PictureDelivery.h"
 #include "ui/PixelImage.h"
 
 #include <QElapsedTimer>
@@ -7,7 +8,6 @@
 #include <QThreadPool>
 #include <algorithm>
 #include <cmath>
-#include <mutex>
 
 namespace skyflare {
 
@@ -37,53 +37,32 @@ int priorityNow()
 
 } // namespace
 
-/// One photo on its way from a worker to the view that asked for it, if that still wants it.
+/// One photo on its way from a worker.
 struct PhotoView::Request {
     Image image;
     QSize box;
+    std::shared_ptr<PictureDelivery> delivery;
     int priority = priorityNow();
-    std::mutex mutex;
-    PhotoView *view; ///< nullptr once given up
 
-    Request(Image from, QSize into, PhotoView *for_) : image(std::move(from)), box(into), view(for_) {}
-
-    [[nodiscard]] bool isWanted()
-    {
-        const std::scoped_lock lock(mutex);
-        return view != nullptr;
-    }
     /// What there is at once, if that is not all; the rest when no one waits for the like.
     static void begin(const std::shared_ptr<Request> &request)
     {
-        if (!request->isWanted())
+        if (!request->delivery->isWanted())
             return;
         const auto quick = request->image.quickThumbnail(request->box.width(), request->box.height());
         if (!quick) {
             request->finish();
             return;
         }
-        request->deliver(toImage(*quick));
+        request->delivery->deliver(toImage(*quick));
         photoThreads().start([request] { request->finish(); }, 2 * request->priority);
     }
     void finish()
     {
-        if (!isWanted())
+        if (!delivery->isWanted())
             return;
         const auto pixels = image.thumbnail(box.width(), box.height());
-        deliver(pixels ? toImage(*pixels) : QImage());
-    }
-    void deliver(QImage picture)
-    {
-        const std::scoped_lock lock(mutex);
-        if (view == nullptr)
-            return;
-        QMetaObject::invokeMethod(
-            view,
-            [target = view, picture = std::move(picture)]() mutable {
-                target->setPicture(std::move(picture));
-                emit target->pictureChanged();
-            },
-            Qt::QueuedConnection);
+        delivery->deliver(pixels ? toImage(*pixels) : QImage());
     }
 };
 
@@ -167,18 +146,19 @@ void PhotoView::decode()
     if (request_ && request_->box == box)
         return;
     giveUp();
-    request_ = std::make_shared<Request>(*outlet_->image(), box, this);
+    auto delivery = std::make_shared<PictureDelivery>(*this, [this](const QImage &picture) {
+        setPicture(picture);
+        emit pictureChanged();
+    });
+    request_ = std::make_shared<Request>(Request{*outlet_->image(), box, std::move(delivery)});
     photoThreads().start([request = request_] { Request::begin(request); }, 2 * request_->priority + 1);
 }
 
 void PhotoView::giveUp()
 {
-    const auto request = std::move(request_);
+    if (request_)
+        request_->delivery->giveUp();
     request_ = nullptr;
-    if (!request)
-        return;
-    const std::scoped_lock lock(request->mutex);
-    request->view = nullptr;
 }
 
 } // namespace skyflare

@@ -3,7 +3,6 @@
 #include "ui/PixelImage.h"
 
 #include <QThreadPool>
-#include <mutex>
 
 namespace skyflare {
 
@@ -31,54 +30,24 @@ QImage decoded(const Image &photo, QSize box, PhotoLoader::Wish wish)
 
 } // namespace
 
-/// One photo on its way from a worker to its loader, if that still wants it.
-struct PhotoLoader::Request {
-    std::mutex mutex;
-    PhotoLoader *loader; ///< nullptr once given up
-
-    explicit Request(PhotoLoader *for_) : loader(for_) {}
-
-    [[nodiscard]] bool isWanted()
-    {
-        const std::scoped_lock lock(mutex);
-        return loader != nullptr;
-    }
-    static void deliver(const std::shared_ptr<Request> &request, QImage picture)
-    {
-        const std::scoped_lock lock(request->mutex);
-        if (PhotoLoader *const to = request->loader)
-            QMetaObject::invokeMethod(
-                to, [to, request, picture = std::move(picture)] { to->take(request, picture); },
-                Qt::QueuedConnection);
-    }
-};
-
 void PhotoLoader::load(const Image &photo, QSize box, Wish wish)
 {
     cancel();
-    request_ = std::make_shared<Request>(this);
-    loaderThreads().start([request = request_, photo, box, wish] {
-        if (request->isWanted())
-            Request::deliver(request, decoded(photo, box, wish));
+    delivery_ = std::make_shared<PictureDelivery>(*this, [this](const QImage &picture) {
+        delivery_ = nullptr;
+        emit loaded(picture);
+    });
+    loaderThreads().start([delivery = delivery_, photo, box, wish] {
+        if (delivery->isWanted())
+            delivery->deliver(decoded(photo, box, wish));
     });
 }
 
 void PhotoLoader::cancel()
 {
-    const auto request = std::move(request_);
-    request_ = nullptr;
-    if (!request)
-        return;
-    const std::scoped_lock lock(request->mutex);
-    request->loader = nullptr;
-}
-
-void PhotoLoader::take(const std::shared_ptr<Request> &from, const QImage &picture)
-{
-    if (request_ != from) // another was asked for since
-        return;
-    request_ = nullptr;
-    emit loaded(picture);
+    if (delivery_)
+        delivery_->giveUp();
+    delivery_ = nullptr;
 }
 
 } // namespace skyflare

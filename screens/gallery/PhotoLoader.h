@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/image/Image.h"
+#include "ui/PictureDelivery.h"
 
 #include <QImage>
 #include <QObject>
@@ -31,10 +32,7 @@ signals:
     void loaded(const QImage &picture);
 
 private:
-    struct Request;
-    void take(const std::shared_ptr<Request> &from, const QImage &picture);
-
-    std::shared_ptr<Request> request_; ///< on its way
+    std::shared_ptr<PictureDelivery> delivery_; ///< of the photo that is on its way
 };
 
 } // namespace skyflare
