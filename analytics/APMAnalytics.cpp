@@ -1,6 +1,7 @@
 #include "analytics/APMAnalytics.h"
 
 #include "analytics/APMMeasurement.h"
+#include "analytics/sessions/SessionLog.h"
 #include "analytics/worker/MeasurementLog.h"
 
 #include <array>
@@ -58,7 +59,6 @@ APMAnalytics::APMAnalytics(Services services)
       clock_(services.clock),
       ledger_(services.ledger),
       suite_(services.suite),
-      mostUserProperties_(MeasurementLimits::of(services.settings).publicUserProperties),
       queue_(services.queues.makeSerialQueue(apmAnalyticsQueueLabel)),
       operations_(queue_),
       measurement_(std::make_unique<APMMeasurement>(services))
@@ -77,15 +77,15 @@ void APMAnalytics::startWithConfiguration(const APMAnalyticsOptions &options)
 {
     if (std::exchange(isStarted_, true) || closing_)
         return;
-    queue_->async([this, options] { startOnQueue(options); });
+    queue_->async([this, options, at = clock_.secondsSince1970()] { startOnQueue(options, at); });
     operations_.resume();
 }
 
-void APMAnalytics::startOnQueue(const APMAnalyticsOptions &options)
+void APMAnalytics::startOnQueue(const APMAnalyticsOptions &options, double startedAt)
 {
     options_ = options;
     collection_ = collectionFor(suite_.value(suiteKeys::analyticsCollection));
-    measurement_->start(options, collection_);
+    measurement_->start(options, collection_, startedAt);
 }
 
 Collection APMAnalytics::collectionFor(std::optional<bool> choice) const
@@ -144,8 +144,11 @@ void APMAnalytics::accept(LogEventCall call)
 void APMAnalytics::logOnQueue(LogEventCall call)
 {
     separateScreenParameters(call);
-    if (!call.timestamp || !std::isfinite(*call.timestamp))
+    if (!call.timestamp || !std::isfinite(*call.timestamp)) {
         call.timestamp = clock_.secondsSince1970();
+        if (call.name == screenViewName)
+            call.secondsOfUptime = clock_.secondsOfUptime();
+    }
     call.enabled = collection_;
     if (!call.ignoreInterceptor)
         call.interceptor = interceptor_;
@@ -223,6 +226,41 @@ void APMAnalytics::setDefaultEventParameters(std::optional<PropertyList::Diction
     });
 }
 
+void APMAnalytics::tellSessions(std::function<void(Sessions &)> what)
+{
+    perform([this, what = std::move(what)]() mutable { measurement_->tellSessions(std::move(what)); });
+}
+
+void APMAnalytics::applicationDidBecomeActive()
+{
+    tellSessions(
+        [at = SessionMoment::now(clock_)](Sessions &sessions) { sessions.applicationDidBecomeActive(at); });
+    perform([this] { measurement_->didBecomeActive(); });
+}
+
+void APMAnalytics::applicationWillResignActive()
+{
+    tellSessions(
+        [at = SessionMoment::now(clock_)](Sessions &sessions) { sessions.applicationWillResignActive(at); });
+}
+
+void APMAnalytics::viewDidAppear(std::string className, std::uint64_t controllerID)
+{
+    tellSessions([at = SessionMoment::now(clock_), className = std::move(className),
+                  controllerID](Sessions &sessions) { sessions.viewDidAppear(className, controllerID, at); });
+}
+
+void APMAnalytics::setScreenName(std::optional<std::string> name, std::optional<std::string> screenClass)
+{
+    if (std::this_thread::get_id() != mainThread_) {
+        writeLog(monitor_, sessionLog::notOnMainThread);
+        return;
+    }
+    tellSessions([at = SessionMoment::now(clock_),
+                  names = APMScreenViewReporter::Names{std::move(name), std::move(screenClass)}](
+                     Sessions &sessions) { sessions.setScreenName(names, at); });
+}
+
 void APMAnalytics::userPropertiesIncludingInternal(IncludingInternal includingInternal,
                                                    std::shared_ptr<DispatchQueue> queue,
                                                    UserPropertiesCallback callback)
@@ -248,7 +286,7 @@ void APMAnalytics::maxUserPropertiesForOrigin(std::string_view origin,
                                               std::function<void(std::int64_t)> callback)
 {
     const std::int64_t most =
-        origin == appOrigin ? mostUserProperties_ : std::numeric_limits<std::int64_t>::max();
+        origin == appOrigin ? measurement_->mostUserProperties() : std::numeric_limits<std::int64_t>::max();
     queue->async([most, callback = std::move(callback)] { callback(most); });
 }
 

@@ -15,11 +15,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace skyflare {
 
 class APMMeasurement;
+class Sessions;
 
 /// The session's id, or why there is none. Called on the engine's worker; at once where the engine has been
 /// closed.
@@ -61,6 +63,14 @@ public:
     [[nodiscard]] std::optional<std::string> appInstanceID() const;
     void resetAnalyticsData();
     void setDefaultEventParameters(std::optional<PropertyList::Dictionary> parameters);
+
+    // What the app does, each with the moment of the call. FIRAnalytics.h says what they mean.
+
+    void applicationDidBecomeActive();
+    void applicationWillResignActive();
+    void viewDidAppear(std::string className, std::uint64_t controllerID);
+    // setScreenName:screenClass:
+    void setScreenName(std::optional<std::string> name, std::optional<std::string> screenClass);
 
     // For the engine's own parts and other components.
 
@@ -105,7 +115,7 @@ private:
     const Clock &clock_;
     EventLedger &ledger_;
     APMPersistedSuite &suite_;
-    const std::int64_t mostUserProperties_;
+    const std::thread::id mainThread_ = std::this_thread::get_id();
 
     // Used on queue_ alone.
     APMAnalyticsOptions options_;
@@ -124,10 +134,11 @@ private:
 
     /// False after the end: then it is dropped, for there is nothing left that it could change.
     bool perform(APMOperationQueue::Operation operation);
+    void tellSessions(std::function<void(Sessions &)> what);
     void accept(LogEventCall call);
     void setUserProperty(UserPropertyCall call);
     void logOnQueue(LogEventCall call);
-    void startOnQueue(const APMAnalyticsOptions &options);
+    void startOnQueue(const APMAnalyticsOptions &options, double startedAt);
     [[nodiscard]] Collection collectionFor(std::optional<bool> choice) const;
     void giveUp();
 };

@@ -37,9 +37,11 @@ void APMMeasurement::performAfter(std::chrono::nanoseconds delay, Work work)
     });
 }
 
-void APMMeasurement::start(const APMAnalyticsOptions &options, Collection collection)
+void APMMeasurement::start(const APMAnalyticsOptions &options, Collection collection, double startedAt)
 {
-    ask([options, collection](MeasurementWorker &work) { work.start(options, collection); });
+    ask([options, collection, startedAt](MeasurementWorker &work) {
+        work.start(options, collection, startedAt);
+    });
 }
 
 void APMMeasurement::logEventWithOrigin(LogEventCall call)
@@ -79,6 +81,16 @@ void APMMeasurement::setSessionTimeoutInterval(double seconds)
 void APMMeasurement::resetAnalyticsData(Collection collection)
 {
     ask([collection](MeasurementWorker &work) { work.resetAnalyticsData(collection); });
+}
+
+void APMMeasurement::tellSessions(std::function<void(Sessions &)> what)
+{
+    ask([what = std::move(what)](MeasurementWorker &work) { work.tellSessions(what); });
+}
+
+void APMMeasurement::didBecomeActive()
+{
+    ask([](MeasurementWorker &work) { work.didBecomeActive(); });
 }
 
 void APMMeasurement::sessionID(std::function<void(const Result<std::int64_t> &)> completion)

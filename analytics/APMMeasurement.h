@@ -19,9 +19,10 @@ class APMMeasurement final : private WorkerTurns {
 public:
     explicit APMMeasurement(const MeasurementServices &services);
 
-    void start(const APMAnalyticsOptions &options, Collection collection);
+    void start(const APMAnalyticsOptions &options, Collection collection, double startedAt);
     /// Nothing until it has started, and where none could be made.
     [[nodiscard]] std::optional<std::string> appInstanceID() const { return work_.appInstanceID(); }
+    [[nodiscard]] std::int64_t mostUserProperties() const { return work_.mostUserProperties(); }
 
     // logEventWithOrigin:isPublicEvent:name:parameters:timestamp:enabled:ignoreEnabled:ignoreInterceptor:
     // interceptor:addedScreenParameters:
@@ -33,6 +34,8 @@ public:
     void setAnalyticsCollectionEnabled(bool choice, Collection collection);
     void setSessionTimeoutInterval(double seconds);
     void resetAnalyticsData(Collection collection);
+    void tellSessions(std::function<void(Sessions &)> what);
+    void didBecomeActive();
 
     // The answers are given on the worker.
 

@@ -6,7 +6,7 @@ namespace skyflare {
 
 AnalyticsHost::AnalyticsHost(const Services &services, const Places &places, const LaunchSwitches &switches,
                              APMAppData app)
-    : options_(places.options),
+    : deployment_(places.deployment),
       suiteDefaults_(places.config / apmSuiteFile, services.console),
       configDefaults_(places.config / measurementConfigFile, services.console),
       monitor_(services.console, services.clock, decideMonitorModes(switches, configDefaults_)),
@@ -42,7 +42,7 @@ AnalyticsHost::~AnalyticsHost()
 
 void AnalyticsHost::start()
 {
-    FIRAnalytics::startWithConfiguration(APMAnalyticsOptions::load(options_, monitor_));
+    FIRAnalytics::startWithConfiguration(APMAnalyticsOptions::of(deployment_, monitor_));
 }
 
 void AnalyticsHost::close(SerialQueue &mainQueue, std::function<void()> closed)

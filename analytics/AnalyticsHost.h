@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <vector>
 
 namespace skyflare {
 
@@ -32,15 +31,14 @@ public:
     struct Places {
         std::filesystem::path config; ///< the folder of the settings
         std::filesystem::path state;  ///< the folder of the database
-        std::vector<std::filesystem::path>
-            options; ///< of Info.plist; the one that goes before the others first
+        Deployment deployment;        ///< what the options are read from
     };
 
     AnalyticsHost(const Services &services, const Places &places, const LaunchSwitches &switches,
                   APMAppData app);
     ~AnalyticsHost();
 
-    /// Reads the options, and starts the engine with them.
+    /// Starts the engine with the deployer's options.
     void start();
 
     [[nodiscard]] APMAnalytics &analytics() { return analytics_; }
@@ -53,7 +51,7 @@ private:
     static constexpr std::chrono::milliseconds longestClosing{250};
 
     EventLedger ledger_;
-    const std::vector<std::filesystem::path> options_;
+    const Deployment deployment_;
     UserDefaults suiteDefaults_;
     UserDefaults configDefaults_;
     APMConsoleMonitor monitor_;

@@ -79,6 +79,27 @@ void FIRAnalytics::setDefaultEventParameters(std::optional<PropertyList::Diction
     forward([&](APMAnalytics &analytics) { analytics.setDefaultEventParameters(std::move(parameters)); });
 }
 
+void FIRAnalytics::applicationDidBecomeActive()
+{
+    forward([](APMAnalytics &analytics) { analytics.applicationDidBecomeActive(); });
+}
+
+void FIRAnalytics::applicationWillResignActive()
+{
+    forward([](APMAnalytics &analytics) { analytics.applicationWillResignActive(); });
+}
+
+void FIRAnalytics::viewDidAppear(std::string className, std::uint64_t controllerID)
+{
+    forward([&](APMAnalytics &analytics) { analytics.viewDidAppear(std::move(className), controllerID); });
+}
+
+void FIRAnalytics::setScreenName(std::optional<std::string> name, std::optional<std::string> screenClass)
+{
+    forward(
+        [&](APMAnalytics &analytics) { analytics.setScreenName(std::move(name), std::move(screenClass)); });
+}
+
 void FIRAnalytics::setConsent(const ConsentSettings &consent)
 {
     forward([&](APMAnalytics &analytics) { analytics.setConsent(consent); });

@@ -28,7 +28,7 @@ public:
 
     /// Whether events are recorded. Persisted; holds from the next call on.
     static void setAnalyticsCollectionEnabled(bool enabled);
-    /// After how long without activity a new session begins. Persisted.
+    /// After how long without activity a new session begins, in seconds. Persisted.
     static void setSessionTimeoutInterval(double seconds);
     /// Without an engine `completion` is never called.
     static void sessionIDWithCompletion(const SessionIDCompletion &completion);
@@ -39,6 +39,21 @@ public:
     /// Parameters of every later event, unless that has its own of the same name, in place of those set
     /// before; nothing clears them. They are not persisted.
     static void setDefaultEventParameters(std::optional<PropertyList::Dictionary> parameters);
+
+    // What the app does, so that the engine knows of sessions and screens. On main.
+
+    /// The user sees the app and may use it, or is about to no longer. It counts as inactive until told, and
+    /// should be told of its end as well.
+    static void applicationDidBecomeActive();
+    static void applicationWillResignActive();
+    /// A screen is shown by its controller, unless the deployer switched off that screens are reported.
+    /// @param className  of the controller: "MainViewController"
+    /// @param controllerID  the same as long as the controller lives
+    static void viewDidAppear(std::string className, std::uint64_t controllerID);
+    // setScreenName:screenClass:
+    /// Names the screen that is shown until another one appears. Without a class the controller's holds;
+    /// without a name there is none.
+    static void setScreenName(std::optional<std::string> name, std::optional<std::string> screenClass);
 
     // What follows does nothing yet: UnspecifiedFeatures.h says what is left of each.
 

@@ -97,6 +97,10 @@ Result<> MeasurementReader::readCounts(MeasurementStatus &status)
     if (!bundles)
         return bundles.error();
     status.waitingBundles = *bundles;
+    const auto bundled = BundleQueue(*store_).eventCount();
+    if (!bundled)
+        return bundled.error();
+    status.bundledEvents = static_cast<std::int64_t>(*bundled);
     return store_->forEachRow(
         {"query waiting events", "SELECT count(*), MIN(timestamp), MAX(timestamp) FROM raw_events"}, {},
         [&status](const Statement &row) {

@@ -23,6 +23,7 @@ struct MeasurementStatus {
     std::optional<double> oldestEvent; ///< seconds since 1970
     std::optional<double> newestEvent;
     std::int64_t waitingBundles = 0;
+    std::int64_t bundledEvents = 0; ///< in them
     APMDailyCounts dailyCounts;
     std::vector<APMUserAttribute> userAttributes; ///< internal ones too, by name
 };

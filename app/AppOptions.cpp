@@ -33,8 +33,9 @@ struct Flag {
     bool AppOptions::*member;
 };
 
-constexpr std::array<Flag, 3> flags{{
+constexpr std::array<Flag, 4> flags{{
     {"--no-analytics", "record no events in this run", &AppOptions::noAnalytics},
+    {"--background", "for the message bus: show push messages, no window", &AppOptions::background},
     {"--help", "this text", &AppOptions::help},
     {"--version", "the version", &AppOptions::version},
 }};

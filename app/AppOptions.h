@@ -16,6 +16,7 @@ struct AppOptions {
     std::optional<std::filesystem::path> dataFolder;
     LaunchSwitches launchSwitches;
     bool noAnalytics = false;
+    bool background = false; ///< shows push messages, without a window
     bool help = false;
     bool version = false;
 

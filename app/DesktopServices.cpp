@@ -1,20 +1,16 @@
 #include "app/DesktopServices.h"
 
+#include "app/ApplicationId.h"
+#include "platform/linux/ApplicationObject.h"
+#include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/DesktopURLOpener.h"
+#include "platform/linux/PortalNotifications.h"
 #include "platform/linux/PortalURLOpener.h"
-
-#include <system_error>
+#include "platform/linux/Sandbox.h"
 
 namespace skyflare {
 
 namespace {
-
-/// A sandbox that shows us none of the user's programs.
-bool isSandboxed()
-{
-    std::error_code failed;
-    return std::filesystem::exists("/.flatpak-info", failed);
-}
 
 std::unique_ptr<URLOpener> makeURLOpener(const DesktopServices::Services &services, MessageBus &sessionBus)
 {
@@ -30,6 +26,13 @@ std::unique_ptr<URLOpener> makeURLOpener(const DesktopServices::Services &servic
                                    .ownSettingsPage = services.ownSettingsPage});
 }
 
+std::shared_ptr<NotificationBoard> makeNotificationBoard(MessageBus &sessionBus)
+{
+    if (isSandboxed())
+        return std::make_shared<PortalNotifications>(sessionBus);
+    return std::make_shared<DesktopNotifications>(sessionBus, applicationId);
+}
+
 std::string storePageOf(const DesktopServices::Services &services)
 {
     return services.storePage.empty() ? std::string("appstream:") + applicationId : services.storePage;
@@ -42,14 +45,32 @@ DesktopServices::DesktopServices(const Services &services)
       systemBus_(MessageBus::Kind::System, {thread_, services.mainQueue, services.console}),
       userSession_(std::make_shared<LogindSession>(systemBus_, services.console)),
       urlOpener_(makeURLOpener(services, sessionBus_)),
-      notifications_(std::make_shared<DesktopNotifications>(sessionBus_, applicationId)),
+      notifications_(makeNotificationBoard(sessionBus_)),
       storeReview_(std::make_shared<NotificationStoreReview>(
           NotificationStoreReview::Services{.notifications = notifications_,
                                             .urlOpener = *urlOpener_,
                                             .console = services.console,
                                             .record = services.stateFolder / "review.plist",
                                             .appVersion = services.appVersion,
-                                            .storePage = storePageOf(services)}))
+                                            .storePage = storePageOf(services)})),
+      badge_(sessionBus_, applicationId),
+      userNotifications_(std::make_shared<AppNotificationCenter>(
+          AppNotificationCenter::Services{.board = notifications_,
+                                          .badge = badge_,
+                                          .mainQueue = services.mainQueue,
+                                          .isInFront = services.isInFront,
+                                          .bringToFront = services.showApp})),
+      haptics_(std::make_shared<FeedbackdHaptics>(sessionBus_, applicationId)),
+      idleInhibitor_(std::make_shared<DesktopIdleInhibitor>(sessionBus_, services.console, applicationId)),
+      applicationObject_(offerApplicationObject(sessionBus_, applicationId, services.showApp)),
+      remoteNotifications_(std::make_shared<UnifiedPushNotifications>(
+          UnifiedPushNotifications::Services{.inbox = {.sessionBus = sessionBus_,
+                                                       .random = services.random,
+                                                       .notificationCenter = *userNotifications_,
+                                                       .console = services.console,
+                                                       .stateFolder = services.stateFolder},
+                                             .mainQueue = services.mainQueue,
+                                             .applicationId = applicationId}))
 {
 }
 

@@ -1,18 +1,19 @@
 #include "app/Program.h"
 
+#include "app/ApplicationId.h"
 #include "platform/base/LanguageName.h"
 #include "platform/base/Localization.h"
 #include "platform/camera/GstCapture.h"
 #include "platform/camera/GstSetup.h"
-#include "platform/linux/BackupExclusion.h"
 #include "platform/linux/DeviceCameraAuthorization.h"
-#include "platform/linux/MachineFacts.h"
 #include "platform/linux/V4l2Focus.h"
 #include "platform/persistence/ManagedObjectContext.h"
 #include "screens/gallery/PhotoDetailViewController.h"
 #include "screens/gallery/PhotoListViewController.h"
 #include "screens/settings/SettingsViewController.h"
+#include "ui/ApplicationNotifications.h"
 
+#include <QIcon>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -29,8 +30,8 @@ constexpr int couldNotStart = 1;
 std::string settingsHelp()
 {
     return localized(
-        "Camera: your user must be allowed to open the camera's device; on most systems that takes being in the "
-        "group “video”, and logging in again. Language: Skyflare speaks the language of your desktop.");
+        "Camera: your user must be allowed to open the camera's device; on most systems that takes being in "
+        "the group “video”, and logging in again. Language: Skyflare speaks the language of your desktop.");
 }
 
 int complain(int status, const std::string &message)
@@ -50,16 +51,6 @@ std::string appLanguageName()
     const auto languages = userLanguages();
     return languageName(Localization::shared().language(), languages.empty() ? "en" : languages.front())
         .value_or(localized("Unknown"));
-}
-
-APMAppData appData()
-{
-    const MachineFacts machine = MachineFacts::read();
-    return {.appVersion = SKYFLARE_VERSION,
-            .platform = machine.platform,
-            .osVersion = machine.osVersion,
-            .deviceModel = machine.deviceModel,
-            .language = machine.language};
 }
 
 } // namespace
@@ -91,16 +82,25 @@ Program::Program(const AppOptions &options, int &argc, char **argv, CameraFinder
                 .stateFolder = directories_.state,
                 .appVersion = appInfo_.shortVersion,
                 .storePage = appInfo_.storePage,
-                .ownSettingsPage = [this] { showSettingsHelp(); }}),
+                .ownSettingsPage = [this] { showSettingsHelp(); },
+                .isInFront = [this] { return activity_.isActive(); },
+                .random = random_,
+                .showApp =
+                    [this](const std::string &activationToken) {
+                        if (!activationToken.empty()) // taken by the next requestActivate()
+                            qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
+                        showWindow();
+                    }}),
       camera_(cameraServices(std::move(cameraFinder)))
 {
     std::setlocale(LC_NUMERIC, "C"); // Qt has taken the user's; what we write and read has a point
     QGuiApplication::setApplicationName(QStringLiteral("skyflare"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Skyflare"));
     QGuiApplication::setDesktopFileName(QString::fromLatin1(applicationId));
+    if (QGuiApplication::platformName() == QStringLiteral("xcb")) // elsewhere the desktop file says it
+        QGuiApplication::setWindowIcon(QIcon::fromTheme(QString::fromLatin1(applicationId)));
     prepareUserInterface();
-    Localization::setShared(
-        Localization::load(files_.localization, userLanguages(), console_));
+    Localization::setShared(Localization::load(files_.localization, userLanguages(), console_));
     App::setSharedServices({defaults_, notificationCenter_, console_});
 }
 
@@ -132,17 +132,24 @@ void Program::registerComponents()
         [this](const FIROptions &options) { remoteConfig_->configure(options.remoteConfigURL); });
     if (options_.noAnalytics)
         return;
-    analytics_ = std::make_unique<AnalyticsHost>(
-        AnalyticsHost::Services{.queues = queues_,
-                                .clock = clock_,
-                                .console = console_,
-                                .random = random_,
-                                .excludeFromBackup = &excludeFromBackup,
-                                .prepareThread = &becomeBackgroundThread},
-        AnalyticsHost::Places{
-            .config = directories_.config, .state = directories_.state, .options = files_.deployment},
-        options_.launchSwitches, appData());
+    analytics_ = std::make_unique<ProgramAnalytics>(
+        ProgramAnalytics::Services{.queues = queues_,
+                                   .clock = clock_,
+                                   .console = console_,
+                                   .transport = transport_,
+                                   .notificationCenter = notificationCenter_},
+        ProgramAnalytics::places(directories_, deployment_), options_.launchSwitches);
     firApp_.registerComponent([this](const FIROptions & /*options*/) { analytics_->start(); });
+    tellEngine();
+}
+
+/// What the engine hears of the app's life; of its screens in makeWindow().
+void Program::tellEngine()
+{
+    observations_.push_back(notificationCenter_.addObserver(applicationDidBecomeActiveNotification,
+                                                            &FIRAnalytics::applicationDidBecomeActive));
+    observations_.push_back(notificationCenter_.addObserver(applicationWillResignActiveNotification,
+                                                            &FIRAnalytics::applicationWillResignActive));
 }
 
 /// Whether this process is to show the window. A folder that cannot be locked keeps nobody from it.
@@ -154,11 +161,7 @@ bool Program::isFirst()
             status_ = complain(couldNotStart, asked.error().message);
         return false;
     }
-    const auto listening = claimed ? (*claimed)->listen([this] {
-        if (delegate_ && delegate_->window())
-            delegate_->window()->makeKeyAndVisible();
-    })
-                                   : Result<>(claimed.error());
+    const auto listening = claimed ? (*claimed)->listen([this] { showWindow(); }) : Result<>(claimed.error());
     if (!listening)
         console_.reportLine("A second start will not find this one: " + listening.error().message);
     if (claimed)
@@ -188,20 +191,28 @@ void Program::start()
     delegate_->didFinishLaunching();
     scene_ = std::make_unique<SceneDelegate>();
     scene_->willConnectToSession(delegate_->window());
-    activity_ = std::make_unique<WindowActivity>(
-        delegate_->window()->quickWindow(), notificationCenter_,
+    watchActivity();
+    watchStore();
+}
+
+void Program::watchActivity()
+{
+    observations_.push_back(notificationCenter_.addObserver(applicationDidBecomeActiveNotification, [this] {
+        desktop_.userNotifications().applicationDidBecomeActive();
+    }));
+    windowActivity_ = std::make_unique<WindowActivity>(
+        delegate_->window()->quickWindow(), activity_,
         WindowActivity::shellFor(std::getenv("XDG_CURRENT_DESKTOP"), std::getenv("PLASMA_PLATFORM")));
     sessionActivity_ = std::make_shared<SessionActivity>(
-        notificationCenter_, [this](std::shared_ptr<const void> kept) { keepUntilStored(std::move(kept)); });
+        activity_, [this](std::shared_ptr<const void> kept) { keepUntilStored(std::move(kept)); });
     sessionActivity_->observe(desktop_.userSession());
-    watchStore();
 }
 
 /// What other processes do to the photos is shown; small copies that some photo has left behind go, later.
 void Program::watchStore()
 {
-    storeWatch_ = std::make_shared<StoreWatch>(
-        StoreWatch::Services{*delegate_, notificationCenter_, *storageQueue_});
+    storeWatch_ =
+        std::make_shared<StoreWatch>(StoreWatch::Services{*delegate_, notificationCenter_, *storageQueue_});
     auto watching = FileWatch::start(directories_.data, delegate_->persistentContainer().file().filename(),
                                      [watch = storeWatch_] { watch->fileChanged(); });
     if (watching)
@@ -217,12 +228,12 @@ void Program::makeDelegate()
 {
     delegate_ = std::make_unique<AppDelegate>(
         AppDelegate::Services{.firApp = firApp_,
-                              .notificationCenter = notifications_,
-                              .remoteNotifications = remoteNotifications_,
+                              .notificationCenter = desktop_.userNotifications(),
+                              .remoteNotifications = desktop_.remoteNotifications(),
                               .console = console_,
                               .storageQueue = *storageQueue_,
                               .storageFolder = directories_.data,
-                              .makeWindow = [this] { return std::make_shared<Window>(&desktop_.appearance()); },
+                              .makeWindow = [this] { return makeWindow(); },
                               .makeFirstScreen = [this] { return makeMainScreen(); }});
     CaptureManager::setSharedServices({.mainQueue = mainQueue_,
                                        .queues = queues_,
@@ -231,6 +242,15 @@ void Program::makeDelegate()
                                        .console = console_,
                                        .app = App::shared(),
                                        .photoDataManager = photoDataManager()});
+}
+
+std::shared_ptr<Window> Program::makeWindow()
+{
+    auto window = std::make_shared<Window>(&desktop_.appearance());
+    QObject::connect(&window->screens(), &ScreenStack::screenDidAppear, [](const ViewController &screen) {
+        FIRAnalytics::viewDidAppear(screen.className(), screen.instanceID());
+    });
+    return window;
 }
 
 PhotoDataManager Program::photoDataManager()
@@ -243,7 +263,7 @@ Storyboard Program::galleryStoryboard()
     return PhotoListViewController::storyboard({.photoDataManager = photoDataManager(),
                                                 .notificationCenter = notificationCenter_,
                                                 .mainQueue = mainQueue_,
-                                                .haptics = haptics_,
+                                                .haptics = desktop_.haptics(),
                                                 .detailStoryboard = PhotoDetailViewController::storyboard(
                                                     {.app = App::shared(),
                                                      .photoDataManager = photoDataManager(),
@@ -251,7 +271,7 @@ Storyboard Program::galleryStoryboard()
                                                      .photoLibrary = photoLibrary_,
                                                      .mainQueue = mainQueue_,
                                                      .console = console_,
-                                                     .haptics = haptics_,
+                                                     .haptics = desktop_.haptics(),
                                                      .urlOpener = desktop_.urlOpener(),
                                                      .storeReview = desktop_.storeReview(),
                                                      .supportAddress = appInfo_.supportAddress})});
@@ -259,28 +279,29 @@ Storyboard Program::galleryStoryboard()
 
 std::shared_ptr<ViewController> Program::makeMainScreen()
 {
-    const auto screen = MainViewController::storyboard(
-                            {.app = App::shared(),
-                             .standardUserDefaults = defaults_,
-                             .notificationCenter = notificationCenter_,
-                             .mainQueue = mainQueue_,
-                             .queues = queues_,
-                             .clock = clock_,
-                             .console = console_,
-                             .framework = camera_,
-                             .store = *delegate_,
-                             .thumbnails = &thumbnails_,
-                             .cameraAuthorization = camera_,
-                             .photoLibrary = photoLibrary_,
-                             .haptics = haptics_,
-                             .urlOpener = desktop_.urlOpener(),
-                             .remoteConfig = remoteConfig_,
-                             .appInfo = appInfo_,
-                             .settingsStoryboard = SettingsViewController::storyboard(
-                                 {App::shared(), mainQueue_, console_, desktop_.urlOpener(), remoteConfig_,
-                                  appInfo_.shortVersion, appLanguageName()}),
-                             .galleryStoryboard = galleryStoryboard()})
-                            .instantiateViewController<MainViewController>("MainViewController");
+    const auto screen =
+        MainViewController::storyboard({.app = App::shared(),
+                                        .standardUserDefaults = defaults_,
+                                        .notificationCenter = notificationCenter_,
+                                        .mainQueue = mainQueue_,
+                                        .queues = queues_,
+                                        .clock = clock_,
+                                        .console = console_,
+                                        .framework = camera_,
+                                        .store = *delegate_,
+                                        .thumbnails = &thumbnails_,
+                                        .cameraAuthorization = camera_,
+                                        .photoLibrary = photoLibrary_,
+                                        .haptics = desktop_.haptics(),
+                                        .urlOpener = desktop_.urlOpener(),
+                                        .idleInhibitor = &desktop_.idleInhibitor(),
+                                        .remoteConfig = remoteConfig_,
+                                        .appInfo = appInfo_,
+                                        .settingsStoryboard = SettingsViewController::storyboard(
+                                            {App::shared(), mainQueue_, console_, desktop_.urlOpener(),
+                                             remoteConfig_, appInfo_.shortVersion, appLanguageName()}),
+                                        .galleryStoryboard = galleryStoryboard()})
+            .instantiateViewController<MainViewController>("MainViewController");
     mainScreen_ = screen;
     return screen;
 }
@@ -297,16 +318,22 @@ void Program::didChooseCamera(const Result<bool> &isSimulated)
         screen->setCameraKind(*isSimulated ? CameraKind::Simulated : CameraKind::Real);
 }
 
+void Program::showWindow()
+{
+    if (delegate_ && delegate_->window())
+        delegate_->window()->makeKeyAndVisible();
+}
+
 /// Where the desktop has no page for what an app may do: what to do there.
 void Program::showSettingsHelp()
 {
     const auto screen = delegate_->window() ? delegate_->window()->screens().topViewController() : nullptr;
     if (!screen)
         return;
-    CustomPopupView::make(haptics_, {.icon = "gear",
-                                     .title = localized("Settings"),
-                                     .description = settingsHelp(),
-                                     .buttonTitle = localized("OK")})
+    CustomPopupView::make(desktop_.haptics(), {.icon = "gear",
+                                               .title = localized("Settings"),
+                                               .description = settingsHelp(),
+                                               .buttonTitle = localized("OK")})
         ->show(*screen);
 }
 
@@ -324,7 +351,7 @@ void Program::keepUntilStored(std::shared_ptr<const void> kept)
 void Program::end()
 {
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    notificationCenter_.postNotificationName(applicationWillResignActiveNotification);
+    activity_.arises(AppActivity::Reason::ProgramEnding);
     delegate_->window()->quickWindow().hide();
     finishing_ = queues_.makeSerialQueue("finishing");
     finishing_->async([this] {
@@ -337,7 +364,7 @@ void Program::closeScreens()
 {
     if (const auto saved = delegate_->persistentContainer().viewContext().save(); !saved)
         console_.reportLine("What could not be stored is lost: " + saved.error().message);
-    activity_.reset();
+    windowActivity_.reset();
     sessionActivity_.reset();
     storeFileWatch_.reset();
     scene_->sceneDidDisconnect();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "analytics/AnalyticsHost.h"
+#include "app/AppActivity.h"
 #include "app/AppDelegate.h"
 #include "app/AppOptions.h"
 #include "app/DesktopServices.h"
@@ -12,9 +12,6 @@
 #include "app/WindowActivity.h"
 #include "platform/base/AsioQueues.h"
 #include "platform/base/StandardConsole.h"
-#include "platform/desktop/MissingHaptics.h"
-#include "platform/desktop/MissingRemoteNotifications.h"
-#include "platform/desktop/MissingUserNotifications.h"
 #include "platform/linux/BackgroundThread.h"
 #include "platform/linux/FileWatch.h"
 #include "platform/linux/PicturesLibrary.h"
@@ -24,12 +21,14 @@
 #include "platform/linux/TerminationSignals.h"
 #include "platform/linux/UserDirectories.h"
 #include "platform/net/CurlTransport.h"
+#include "programs/ProgramAnalytics.h"
 #include "screens/main/MainViewController.h"
 #include "store/StoreWatch.h"
 #include "store/ThumbnailCache.h"
 
 #include <QGuiApplication>
 #include <memory>
+#include <vector>
 
 namespace skyflare {
 
@@ -67,22 +66,22 @@ private:
     ThumbnailCache thumbnails_{directories_.cache / "thumbnails", *storageQueue_};
     NotificationCenter notificationCenter_;
     UserDefaults defaults_{directories_.config / standardUserDefaultsFile, console_};
-    SystemRandom random_;
-    const AppInfo appInfo_ = AppInfo::load(files_.deployment, console_);
+    const Deployment deployment_ = Deployment::read(files_.deployment, console_);
+    const AppInfo appInfo_ = AppInfo::of(deployment_);
     CurlTransport transport_;
     const std::shared_ptr<FIRRemoteConfig> remoteConfig_;
-    FIRApp firApp_{files_.deployment, console_};
-    std::unique_ptr<AnalyticsHost> analytics_; ///< null: this run is not measured
-    MissingUserNotifications notifications_{mainQueue_, "notifications are not set up"};
-    MissingRemoteNotifications remoteNotifications_{mainQueue_, "push messages are not set up"};
-    MissingHaptics haptics_;
+    FIRApp firApp_{FIROptions::of(deployment_)};
+    std::unique_ptr<ProgramAnalytics> analytics_; ///< null: this run is not measured
+    std::vector<NotificationCenter::Observation> observations_;
+    SystemRandom random_;
     PicturesLibrary photoLibrary_{directories_.pictures, queues_.globalUserInitiated()};
     DesktopServices desktop_;
     LaunchCamera camera_;
     std::unique_ptr<AppDelegate> delegate_;
     std::weak_ptr<MainViewController> mainScreen_;
     std::unique_ptr<SceneDelegate> scene_;
-    std::unique_ptr<WindowActivity> activity_;
+    AppActivity activity_{notificationCenter_};
+    std::unique_ptr<WindowActivity> windowActivity_;
     std::shared_ptr<SessionActivity> sessionActivity_;
     std::shared_ptr<StoreWatch> storeWatch_;
     std::unique_ptr<FileWatch> storeFileWatch_;
@@ -95,12 +94,16 @@ private:
     bool isFirst();
     void start();
     void makeDelegate();
+    std::shared_ptr<Window> makeWindow();
+    void tellEngine();
+    void watchActivity();
     void watchStore();
     [[nodiscard]] PhotoDataManager photoDataManager();
     [[nodiscard]] Storyboard galleryStoryboard();
     std::shared_ptr<ViewController> makeMainScreen();
     void didChooseCamera(const Result<bool> &isSimulated);
     void showSettingsHelp();
+    void showWindow();
     void keepUntilStored(std::shared_ptr<const void> kept);
 
     void end();

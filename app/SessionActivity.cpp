@@ -1,32 +1,33 @@
 #include "app/SessionActivity.h"
 
-#include "screens/main/MainViewController.h"
-
 #include <utility>
 
 namespace skyflare {
 
 void SessionActivity::observe(UserSession &session)
 {
-    const auto weak = weak_from_this();
     session.observe({.willSleep =
-                         [weak](std::shared_ptr<const void> delay) {
-                             const auto self = weak.lock();
-                             if (!self)
-                                 return;
-                             self->resign();
-                             self->keepUntilStored_(std::move(delay));
-                         },
-                     .didLock =
-                         [weak] {
+                         [weak = weak_from_this()](std::shared_ptr<const void> delay) {
                              if (const auto self = weak.lock())
-                                 self->resign();
-                         }});
+                                 self->willSleep(std::move(delay));
+                         },
+                     .didWake = whenItComes(&AppActivity::goes, Reason::MachineAsleep),
+                     .didLock = whenItComes(&AppActivity::arises, Reason::SessionLocked),
+                     .didUnlock = whenItComes(&AppActivity::goes, Reason::SessionLocked)});
 }
 
-void SessionActivity::resign()
+void SessionActivity::willSleep(std::shared_ptr<const void> delay)
 {
-    notificationCenter_.postNotificationName(applicationWillResignActiveNotification);
+    activity_.arises(Reason::MachineAsleep);
+    keepUntilStored_(std::move(delay));
+}
+
+std::function<void()> SessionActivity::whenItComes(void (AppActivity::*change)(Reason), Reason reason)
+{
+    return [weak = weak_from_this(), change, reason] {
+        if (const auto self = weak.lock())
+            (self->activity_.*change)(reason);
+    };
 }
 
 } // namespace skyflare

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/base/NotificationCenter.h"
+#include "app/AppActivity.h"
 #include "platform/desktop/UserSession.h"
 
 #include <functional>
@@ -8,18 +8,17 @@
 
 namespace skyflare {
 
-/// Tells the app when the user's session is no longer before the user, by posting
-/// "UIApplicationWillResignActiveNotification": it is locked, or the machine is about to sleep. The machine
-/// waits until the photos of a run are stored.
+/// Tells the app's activity what becomes of the user's session: whether it is locked, and whether the machine
+/// sleeps. Before it does it waits until the photos of a run are stored.
 ///
-/// Threads: main. Shared. Borrows the session and the centre.
+/// Threads: main. Shared. Borrows the session and the activity.
 class SessionActivity final : public std::enable_shared_from_this<SessionActivity> {
 public:
     /// Keeps what it is given until all that has been photographed is stored.
     using KeepUntilStored = std::function<void(std::shared_ptr<const void>)>;
 
-    SessionActivity(NotificationCenter &notificationCenter, KeepUntilStored keepUntilStored)
-        : notificationCenter_(notificationCenter), keepUntilStored_(std::move(keepUntilStored))
+    SessionActivity(AppActivity &activity, KeepUntilStored keepUntilStored)
+        : activity_(activity), keepUntilStored_(std::move(keepUntilStored))
     {
     }
 
@@ -27,10 +26,14 @@ public:
     void observe(UserSession &session);
 
 private:
-    NotificationCenter &notificationCenter_;
+    using Reason = AppActivity::Reason;
+
+    AppActivity &activity_;
     const KeepUntilStored keepUntilStored_;
 
-    void resign();
+    void willSleep(std::shared_ptr<const void> delay);
+    /// What hands that on, as long as this lives.
+    std::function<void()> whenItComes(void (AppActivity::*change)(Reason), Reason reason);
 };
 
 } // namespace skyflare

@@ -1,17 +1,18 @@
 #include "app/WindowActivity.h"
 
-#include "screens/main/MainViewController.h"
-
+#include <QEvent>
 #include <QGuiApplication>
 #include <string_view>
 
 namespace skyflare {
 
-WindowActivity::WindowActivity(QWindow &window, NotificationCenter &notificationCenter, Shell shell)
-    : notificationCenter_(notificationCenter), shell_(shell)
+WindowActivity::WindowActivity(QWindow &window, AppActivity &activity, Shell shell)
+    : activity_(activity), shell_(shell)
 {
     connect(&window, &QWindow::visibilityChanged, this, &WindowActivity::windowChanged);
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &WindowActivity::applicationChanged);
+    window.installEventFilter(this);
+    windowChanged(window.visibility());
 }
 
 WindowActivity::Shell WindowActivity::shellFor(const char *currentDesktop, const char *plasmaPlatform)
@@ -25,22 +26,37 @@ WindowActivity::Shell WindowActivity::shellFor(const char *currentDesktop, const
     return isPhone ? Shell::Phone : Shell::Desktop;
 }
 
+bool WindowActivity::eventFilter(QObject *window, QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::KeyPress:
+    case QEvent::MouseButtonPress:
+    case QEvent::TouchBegin:
+        activity_.userIsHere();
+        break;
+    default:
+        break;
+    }
+    return QObject::eventFilter(window, event);
+}
+
 void WindowActivity::windowChanged(QWindow::Visibility visibility)
 {
-    if (visibility == QWindow::Hidden || visibility == QWindow::Minimized)
-        resign();
+    tell(Reason::WindowHidden, visibility == QWindow::Hidden || visibility == QWindow::Minimized);
 }
 
 void WindowActivity::applicationChanged(Qt::ApplicationState state)
 {
-    if (state == Qt::ApplicationSuspended || state == Qt::ApplicationHidden ||
-        (state == Qt::ApplicationInactive && shell_ == Shell::Phone))
-        resign();
+    tell(Reason::OtherAppInFront, state == Qt::ApplicationSuspended || state == Qt::ApplicationHidden ||
+                                      (state == Qt::ApplicationInactive && shell_ == Shell::Phone));
 }
 
-void WindowActivity::resign()
+void WindowActivity::tell(Reason reason, bool holds)
 {
-    notificationCenter_.postNotificationName(applicationWillResignActiveNotification);
+    if (holds)
+        activity_.arises(reason);
+    else
+        activity_.goes(reason);
 }
 
 } // namespace skyflare

@@ -1,4 +1,5 @@
 #include "app/AppOptions.h"
+#include "app/BackgroundProgram.h"
 #include "app/Program.h"
 
 #include <cstdio>
@@ -24,6 +25,8 @@ int start(int argc, char **argv)
         return std::fputs(AppOptions::usage().c_str(), stdout) < 0 ? couldNotStart : done;
     if (options->version)
         return std::puts("skyflare " SKYFLARE_VERSION) < 0 ? couldNotStart : done;
+    if (options->background && runInBackground(*options) == BackgroundPush::End::Done)
+        return done;
     int programAlone = 1; // the options are ours; Qt takes its own from the environment
     return Program(*options, programAlone, argv).run();
 }

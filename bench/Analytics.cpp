@@ -4,6 +4,7 @@
 #include "analytics/AnalyticsHost.h"
 #include "bench/BareSqlite.h"
 #include "bench/Machine.h"
+#include "bench/StrictConsole.h"
 #include "bench/Table.h"
 #include "bench/WorkFolder.h"
 #include "platform/base/AsioQueues.h"
@@ -26,17 +27,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::int64_t fullCount = 100'000;
-
-/// Nothing that is measured may fail.
-class StrictConsole final : public Console {
-public:
-    void printLine(std::string_view) override {}
-    void reportLine(std::string_view line) override
-    {
-        std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
-        std::exit(EXIT_FAILURE);
-    }
-};
 
 /// As the app logs a photo.
 PropertyList::Dictionary parameters(std::int64_t number)

@@ -8,21 +8,17 @@
 // rotated at a gigabyte, as deployers do.
 
 #include "bench/CollectorLoad.h"
+#include "bench/CollectorProcess.h"
 #include "bench/Machine.h"
 #include "bench/Table.h"
 #include "bench/WorkFolder.h"
 
 #include <fcntl.h>
-#include <sched.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <string>
 #include <thread>
 
@@ -32,112 +28,6 @@ namespace {
 
 constexpr double shortRunSeconds = 20;
 constexpr std::uintmax_t rotatedAt = 1'000'000'000;
-
-void runOn(int firstCore, int lastCore)
-{
-    cpu_set_t cores;
-    CPU_ZERO(&cores);
-    for (int core = firstCore; core <= lastCore; ++core)
-        CPU_SET(static_cast<std::size_t>(core), &cores);
-    require(sched_setaffinity(0, sizeof cores, &cores) == 0, "no core can be chosen");
-}
-
-int lastCore()
-{
-    return static_cast<int>(std::thread::hardware_concurrency()) - 1;
-}
-
-/// The collector, on a core of its own.
-class CollectorProcess {
-public:
-    explicit CollectorProcess(std::filesystem::path folder) : folder_(std::move(folder))
-    {
-        int ends[2];
-        require(pipe2(ends, O_CLOEXEC) == 0, "no pipe");
-        pid_ = fork();
-        require(pid_ >= 0, "no process can be started");
-        if (pid_ == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            runOn(lastCore(), lastCore());
-            dup2(ends[1], STDOUT_FILENO);
-            execl(SKYFLARE_COLLECTOR, SKYFLARE_COLLECTOR, "--port", "0", "--state-dir", folder_.c_str(),
-                  nullptr);
-            _exit(127);
-        }
-        close(ends[1]);
-        output_ = ends[0];
-        const std::string line = readLine();
-        const auto at = line.find(" port ");
-        require(at != std::string::npos, "the collector does not start");
-        port_ = std::atoi(line.c_str() + at + 6);
-    }
-    CollectorProcess(const CollectorProcess &) = delete;
-    CollectorProcess &operator=(const CollectorProcess &) = delete;
-    ~CollectorProcess() { close(output_); }
-
-    [[nodiscard]] int port() const { return port_; }
-    [[nodiscard]] std::filesystem::path file() const { return folder_ / "events.jsonl"; }
-    [[nodiscard]] std::filesystem::path rotated() const { return folder_ / "events.1"; }
-
-    /// @return what it says that it took
-    std::string terminate() const
-    {
-        kill(pid_, SIGTERM);
-        std::string line = readLine();
-        int status = 1;
-        require(waitpid(pid_, &status, 0) == pid_ && status == 0, "the collector did not end in order");
-        return line;
-    }
-    void rotate() const
-    {
-        std::filesystem::rename(file(), rotated()); // what was there goes
-        kill(pid_, SIGHUP);
-    }
-    /// In the file before the last rotation, if there is one: the present one may be empty.
-    [[nodiscard]] double bytesALine() const
-    {
-        std::ifstream lines(std::filesystem::exists(rotated()) ? rotated() : file());
-        double bytes = 0;
-        double count = 0;
-        for (std::string line; std::getline(lines, line) && count < 100'000; ++count)
-            bytes += static_cast<double>(line.size() + 1);
-        require(count > 0, "there are no events in the file");
-        return bytes / count;
-    }
-    [[nodiscard]] std::uint64_t memory() const
-    {
-        std::ifstream status("/proc/" + std::to_string(pid_) + "/statm");
-        std::uint64_t pages = 0;
-        status >> pages >> pages;
-        return pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
-    }
-    /// Of the processor, so far.
-    [[nodiscard]] double seconds() const
-    {
-        std::ifstream status("/proc/" + std::to_string(pid_) + "/stat");
-        std::string skipped;
-        for (int i = 0; i < 13; ++i)
-            status >> skipped;
-        double user = 0;
-        double system = 0;
-        status >> user >> system;
-        return (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
-    }
-
-private:
-    std::filesystem::path folder_;
-    pid_t pid_ = -1;
-    int output_ = -1;
-    int port_ = 0;
-
-    [[nodiscard]] std::string readLine() const
-    {
-        std::string line;
-        for (char letter = 0; read(output_, &letter, 1) == 1 && letter != '\n';)
-            line += letter;
-        return line;
-    }
-};
 
 struct Run {
     double eventsASecond = 0;
@@ -150,7 +40,7 @@ struct Run {
 Run measure(double seconds)
 {
     const WorkFolder folder;
-    const CollectorProcess collector(folder.path());
+    CollectorProcess collector(folder.path());
     Run run;
     std::uint64_t events = 0;
     {

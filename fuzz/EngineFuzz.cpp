@@ -65,7 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         logged += call(analytics, input);
     engine.time.runUntilIdle();
     const EventTally tally = engine.tally();
-    const auto balanced = tally.balance(0, static_cast<std::uint64_t>(engine.rows()));
+    const auto balanced = tally.balance({.waitingRows = engine.rows()});
     require(balanced.has_value(), balanced ? "" : balanced.error().message.c_str());
     require(tally.count(LedgerEntry::Accepted) == logged, "every call counts");
     require(tally.count(LedgerEntry::Failed) == 0, "the database takes every event");

@@ -2,6 +2,7 @@
 // what a collector is sent.
 #include "analytics/proto/BatchMessage.h"
 #include "analytics/proto/BundleMessage.h"
+#include "analytics/proto/EventCheck.h"
 #include "analytics/proto/EventMessage.h"
 #include "analytics/proto/MetadataMessage.h"
 #include "analytics/proto/UserAttributeMessage.h"
@@ -33,6 +34,33 @@ void checkBatch(std::span<const std::uint8_t> bytes)
         require(counts && counts->bundles == batch->bundles.size(), "every bundle that is read was counted");
 }
 
+/// A row that may go into a bundle as it is can be read there; what a queue is told of a bundle is what is in
+/// it.
+void checkBundling(std::span<const std::uint8_t> bytes)
+{
+    APMMeasurementBundle frame;
+    frame.appId = "1:2";
+    frame.endTimestamp = 2.5;
+    Bytes events;
+    const bool isSound = isSoundEvent(bytes);
+    if (isSound)
+        BundleMessage::appendEvent(events, bytes);
+    require(!isSound || EventMessage::decode(bytes).has_value(), "a sound event can be read");
+    const Bytes message = BundleMessage::encode(frame, events);
+    require(message.size() == BundleMessage::encode(frame, {}).size() +
+                                  (isSound ? BundleMessage::sizeOfEvent(bytes.size()) : 0),
+            "the size of an event is known beforehand");
+    const auto bundle = BundleMessage::decode(message);
+    const auto head = BundleMessage::head(message);
+    require(bundle && head && head->events == bundle->events.size() && head->appId == "1:2" &&
+                head->endTimestamp == 2.5,
+            "a bundle's head says what is in it");
+    const auto any = BundleMessage::decode(bytes);
+    const auto anyHead = BundleMessage::head(bytes);
+    if (any && anyHead)
+        require(anyHead->events == any->events.size(), "every event that is read was counted");
+}
+
 /// As a caller may give it: texts that are no UTF-8.
 void checkText(std::string text)
 {
@@ -60,6 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     (void)check<UserAttributeMessage>(bytes);
     (void)check<BundleMessage>(bytes);
     checkBatch(bytes);
+    checkBundling(bytes);
     checkText(std::string(bytes.begin(), bytes.end()));
     return 0;
 }

@@ -1,6 +1,8 @@
 #include "ui/ScreenStack.h"
 
+#include <QScopedValueRollback>
 #include <algorithm>
+#include <utility>
 
 namespace skyflare {
 
@@ -31,7 +33,23 @@ std::vector<std::shared_ptr<ViewController>> ScreenStack::chain()
 
 void ScreenStack::follow(ViewController *controller)
 {
-    connect(controller, &ViewController::hierarchyChanged, this, &ScreenStack::update, Qt::UniqueConnection);
+    connect(controller, &ViewController::hierarchyChanged, this, &ScreenStack::hierarchyChanged,
+            Qt::UniqueConnection);
+}
+
+/// A view may come or go while it is told of its row, if that takes it no time: a model must not change while
+/// it tells.
+void ScreenStack::whenTold(std::function<void()> change)
+{
+    if (isTelling_)
+        QMetaObject::invokeMethod(this, std::move(change), Qt::QueuedConnection);
+    else
+        change();
+}
+
+void ScreenStack::hierarchyChanged()
+{
+    whenTold([this] { update(); });
 }
 
 void ScreenStack::update()
@@ -55,8 +73,11 @@ void ScreenStack::update()
 void ScreenStack::add(const std::shared_ptr<ViewController> &controller)
 {
     auto *entering = controller.get();
-    connect(entering, &ViewController::appeared, this, [this, entering] { didEnter(entering); });
-    connect(entering, &ViewController::disappeared, this, [this, entering] { didLeave(entering); });
+    connect(entering, &ViewController::appeared, this,
+            [this, entering] { whenTold([this, entering] { didEnter(entering); }); });
+    connect(entering, &ViewController::disappeared, this,
+            [this, entering] { whenTold([this, entering] { didLeave(entering); }); });
+    const QScopedValueRollback telling(isTelling_, true);
     beginInsertRows({}, rowCount(), rowCount());
     screens_.push_back({controller, Phase::Entering});
     endInsertRows();
@@ -69,6 +90,7 @@ void ScreenStack::didEnter(const ViewController *controller)
         return;
     screen->phase = Phase::Shown;
     tellRows();
+    tellAppearance();
 }
 
 void ScreenStack::didLeave(const ViewController *controller)
@@ -79,10 +101,24 @@ void ScreenStack::didLeave(const ViewController *controller)
     const auto held = screen->controller; // until its view is gone
     disconnect(held.get(), nullptr, this, nullptr);
     const int row = static_cast<int>(screen - screens_.begin());
-    beginRemoveRows({}, row, row);
-    screens_.erase(screen);
-    endRemoveRows();
+    {
+        const QScopedValueRollback telling(isTelling_, true);
+        beginRemoveRows({}, row, row);
+        screens_.erase(screen);
+        endRemoveRows();
+    }
     tellRows();
+    tellAppearance();
+}
+
+/// The uppermost screen has appeared when it has come and nothing over it is still on its way out.
+void ScreenStack::tellAppearance()
+{
+    if (screens_.empty() || screens_.back().phase != Phase::Shown)
+        return;
+    const auto top = screens_.back().controller;
+    if (std::exchange(appeared_, top->instanceID()) != top->instanceID())
+        emit screenDidAppear(*top);
 }
 
 void ScreenStack::escapePressed()
@@ -108,6 +144,7 @@ int ScreenStack::topRow() const
 
 void ScreenStack::tellRows()
 {
+    const QScopedValueRollback telling(isTelling_, true);
     if (!screens_.empty())
         emit dataChanged(index(0), index(rowCount() - 1));
 }

@@ -3,6 +3,7 @@
 #include "ui/ViewController.h"
 
 #include <QAbstractListModel>
+#include <functional>
 #include <vector>
 
 namespace skyflare {
@@ -29,6 +30,11 @@ public:
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
+signals:
+    /// A screen is before the user that was not: it has come, or what was over it has gone. Once for each
+    /// time; neither containers nor popups are screens.
+    void screenDidAppear(const skyflare::ViewController &screen);
+
 private:
     enum class Phase { Entering, Shown, Leaving };
     struct Screen {
@@ -36,6 +42,8 @@ private:
         Phase phase = Phase::Entering;
     };
 
+    void whenTold(std::function<void()> change);
+    void hierarchyChanged();
     void update();
     [[nodiscard]] std::vector<std::shared_ptr<ViewController>> chain();
     void follow(ViewController *controller);
@@ -45,9 +53,12 @@ private:
     [[nodiscard]] std::vector<Screen>::iterator find(const ViewController *controller);
     [[nodiscard]] int topRow() const;
     void tellRows();
+    void tellAppearance();
 
     std::shared_ptr<ViewController> root_;
     std::vector<Screen> screens_;
+    bool isTelling_ = false;     ///< the views of rows that have changed
+    std::uint64_t appeared_ = 0; ///< the instance id of the screen that has done so last
 };
 
 } // namespace skyflare

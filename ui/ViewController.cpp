@@ -3,7 +3,16 @@
 #include "ui/CustomPopupView.h"
 #include "ui/SizeClass.h"
 
+#include <string_view>
+
 namespace skyflare {
+
+std::string ViewController::className() const
+{
+    const std::string_view qualified = metaObject()->className();
+    const auto colon = qualified.rfind(':');
+    return std::string(colon == std::string_view::npos ? qualified : qualified.substr(colon + 1));
+}
 
 void ViewController::loadViewIfNeeded()
 {

@@ -6,7 +6,9 @@
 #include <QQmlEngine>
 #include <QRectF>
 #include <QUrl>
+#include <cstdint>
 #include <memory>
+#include <string>
 
 namespace skyflare {
 
@@ -29,6 +31,11 @@ class ViewController : public QObject, public std::enable_shared_from_this<ViewC
     Q_PROPERTY(bool isLandscape READ isLandscape NOTIFY boundsChanged)
 
 public:
+    /// Its own for its life: no other controller of the process has it.
+    [[nodiscard]] std::uint64_t instanceID() const { return instanceID_; }
+    /// Such as "MainViewController".
+    [[nodiscard]] std::string className() const;
+
     /// Calls viewDidLoad(), once. Whatever brings a controller on the screen does this first.
     void loadViewIfNeeded();
     [[nodiscard]] bool isViewLoaded() const { return isViewLoaded_; }
@@ -94,6 +101,8 @@ signals:
     void hierarchyChanged();
 
 private:
+    static inline std::uint64_t newestInstanceID_ = 0;
+    const std::uint64_t instanceID_ = ++newestInstanceID_;
     bool isViewLoaded_ = false;
     Animated transition_ = Animated::No;
     ModalPresentationStyle modalPresentationStyle_ = ModalPresentationStyle::Automatic;

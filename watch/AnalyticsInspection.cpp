@@ -34,7 +34,7 @@ std::filesystem::path AnalyticsInspection::database() const
 
 void AnalyticsInspection::readSettings(AnalyticsStatus &status, APMMonitor &monitor)
 {
-    status.options = APMAnalyticsOptions::load(places_.options, monitor);
+    status.options = APMAnalyticsOptions::of(places_.deployment, monitor);
     UserDefaults suiteDefaults(places_.config / apmSuiteFile, services_.console);
     const APMPersistedSuite suite(suiteDefaults, services_.random);
     status.collectionChoice = suite.value(suiteKeys::analyticsCollection);

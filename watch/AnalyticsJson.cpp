@@ -76,6 +76,7 @@ Object databaseOf(const AnalyticsStatus &status, const MeasurementStatus &databa
             {"oldest_s", orNull(database.oldestEvent)},
             {"newest_s", orNull(database.newestEvent)},
             {"waiting_bundles", database.waitingBundles},
+            {"bundled_events", database.bundledEvents},
             {"today",
              {{"events", today.eventsCount},
               {"public_events", today.publicEventsCount},
@@ -83,6 +84,13 @@ Object databaseOf(const AnalyticsStatus &status, const MeasurementStatus &databa
               {"realtime_events", today.realtimeDCUEventsCount}}},
             {"user_properties", std::move(properties)},
             {"ledger", ledgerOf(status, database.ledger)}};
+}
+
+Object sendingOf(const AnalyticsStatus &status)
+{
+    const auto destination = status.destination();
+    return {{"to", destination ? Object(*destination) : Object(nullptr)},
+            {"why_not", destination ? Object(nullptr) : Object(destination.error().message)}};
 }
 
 } // namespace
@@ -103,6 +111,7 @@ std::string statusJson(const AnalyticsStatus &status)
                  {"path", status.databasePath.string()},
                  {"database", status.database ? databaseOf(status, *status.database) : Object(nullptr)},
                  {"collection", {{"on", status.isCollectionOn()}, {"why", status.whyCollection()}}},
+                 {"sending", sendingOf(status)},
                  {"app_instance_id", orNull(status.appInstanceID)},
                  {"debug_mode", status.modes.debugMode},
                  {"verbose_logging", status.modes.verboseLogging}});

@@ -1,5 +1,6 @@
 #include "watch/AnalyticsStatus.h"
 
+#include "analytics/upload/UploadHost.h"
 #include "platform/base/Text.h"
 #include "watch/AnalyticsEventText.h"
 
@@ -32,7 +33,8 @@ std::string waitingText(const MeasurementStatus &database)
     std::string text = "Waiting:         " + counted(database.waitingEvents, "event", "events");
     if (database.oldestEvent && database.newestEvent)
         text += ", from " + momentText(*database.oldestEvent) + " to " + momentText(*database.newestEvent);
-    return text + "; " + counted(database.waitingBundles, "bundle", "bundles") + "\n";
+    return text + "; " + counted(database.waitingBundles, "bundle", "bundles") + " with " +
+           counted(database.bundledEvents, "event", "events") + "\n";
 }
 
 std::string todayText(const APMDailyCounts &counts)
@@ -41,6 +43,17 @@ std::string todayText(const APMDailyCounts &counts)
            std::to_string(counts.publicEventsCount) + " of them public; " +
            counted(counts.errorEventsCount, "error event", "error events") + "; " +
            std::to_string(counts.realtimeDCUEventsCount) + " in real time\n";
+}
+
+std::string sendingText(const AnalyticsStatus &status)
+{
+    const auto destination = status.destination();
+    const std::string &settingsHost = status.options.configurationHost;
+    const std::string staying =
+        settingsHost.empty() ? "nothing leaves this device" : "no event leaves this device";
+    return "Sending:         " +
+           (destination ? "to " + *destination : staying + ", because " + destination.error().message) +
+           (settingsHost.empty() ? "" : "; settings are asked of " + validUtf8(settingsHost)) + "\n";
 }
 
 std::string propertiesText(const std::vector<APMUserAttribute> &attributes)
@@ -73,8 +86,7 @@ Result<> AnalyticsStatus::balance() const
         return {};
     // What is under way in another process cannot be seen from here: only that it is not less than nothing.
     const auto underWay = std::max<std::int64_t>(database->ledger.underWay(), 0);
-    return database->ledger.balance(static_cast<std::uint64_t>(underWay),
-                                    static_cast<std::uint64_t>(database->waitingEvents));
+    return database->ledger.balance({underWay, database->waitingEvents, database->bundledEvents});
 }
 
 std::string AnalyticsStatus::whyCollection() const
@@ -85,6 +97,19 @@ std::string AnalyticsStatus::whyCollection() const
         return "it was switched " + onOff(*collectionChoice) + " last";
     return options.collectionEnabled ? "nothing says otherwise"
                                      : "FIREBASE_ANALYTICS_COLLECTION_ENABLED is false in Info.plist";
+}
+
+Result<std::string> AnalyticsStatus::destination() const
+{
+    const auto no = [](const std::string &why) { return Error{"analytics", 0, why}; };
+    if (options.collectionHost.empty())
+        return no("no host is set");
+    const auto host = UploadHost::parse(options.collectionHost);
+    if (!host)
+        return no("MIPEME_ANALYTICS_COLLECTION_HOST in Info.plist cannot be used: " + host.error().message);
+    if (options.appID.empty())
+        return no("MIPEME_APP_ID in MipemeService-Info.plist is empty");
+    return host->url("");
 }
 
 APMDailyCounts AnalyticsStatus::countsOfToday() const
@@ -103,7 +128,7 @@ std::string statusText(const AnalyticsStatus &status)
     else
         text += "\n                 There is none yet: nothing has been recorded.\n";
     text += "Collection:      " + onOff(status.isCollectionOn()) + ", because " + status.whyCollection() +
-            "\nApp instance id: " +
+            "\n" + sendingText(status) + "App instance id: " +
             (status.appInstanceID ? skyflare::quoted(*status.appInstanceID) : "none yet") +
             "\nDebug mode:      " + onOff(status.modes.debugMode) +
             "\nVerbose logging: " + onOff(status.modes.verboseLogging) + "\n";

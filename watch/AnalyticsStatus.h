@@ -28,6 +28,8 @@ struct AnalyticsStatus {
     [[nodiscard]] bool isCollectionOn() const { return isCollectionEnabled(options, collectionChoice); }
     /// "FIREBASE_ANALYTICS_COLLECTION_DEACTIVATED is set in Info.plist"
     [[nodiscard]] std::string whyCollection() const;
+    /// Where events are sent to: "https://collect.example.org". The error says why they stay here.
+    [[nodiscard]] Result<std::string> destination() const;
     /// Of today; none where the last event was recorded on another day.
     [[nodiscard]] APMDailyCounts countsOfToday() const;
 };

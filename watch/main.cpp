@@ -1,4 +1,3 @@
-#include "analytics/AnalyticsHost.h"
 #include "app/App.h"
 #include "platform/base/AsioQueues.h"
 #include "platform/base/MainLoop.h"
@@ -7,9 +6,6 @@
 #include "platform/camera/FilmSource.h"
 #include "platform/camera/GstCapture.h"
 #include "platform/camera/SimulatedSkySource.h"
-#include "platform/linux/BackgroundThread.h"
-#include "platform/linux/BackupExclusion.h"
-#include "platform/linux/MachineFacts.h"
 #include "platform/linux/PicturesLibrary.h"
 #include "platform/linux/ProgramFiles.h"
 #include "platform/linux/SystemClock.h"
@@ -17,6 +13,8 @@
 #include "platform/linux/TerminationSignals.h"
 #include "platform/linux/UserDirectories.h"
 #include "platform/linux/V4l2Focus.h"
+#include "platform/net/CurlTransport.h"
+#include "programs/ProgramAnalytics.h"
 #include "watch/AnalyticsInspection.h"
 #include "watch/CameraList.h"
 #include "watch/FilmTime.h"
@@ -77,14 +75,9 @@ UserDirectories directoriesFor(const Options &options)
     return options.dataFolder ? UserDirectories::under(*options.dataFolder) : UserDirectories::standard();
 }
 
-APMAppData appData()
+Deployment readDeployment(Console &console)
 {
-    const MachineFacts machine = MachineFacts::read();
-    return {.appVersion = SKYFLARE_VERSION,
-            .platform = machine.platform,
-            .osVersion = machine.osVersion,
-            .deviceModel = machine.deviceModel,
-            .language = machine.language};
+    return Deployment::read(ProgramFiles::standard().deployment, console);
 }
 
 /// One run: what it is made of, in the order in which the parts need each other.
@@ -104,8 +97,8 @@ private:
     AsioQueues queues_;
     NotificationCenter notificationCenter_;
     UserDefaults defaults_;
-    SystemRandom random_;
-    std::unique_ptr<AnalyticsHost> analytics_; ///< null: this run is not measured
+    CurlTransport transport_;
+    std::unique_ptr<ProgramAnalytics> analytics_; ///< null: this run is not measured
     WatchStore store_;
     std::unique_ptr<WatchReport> report_;
     std::shared_ptr<WatchRun> run_;
@@ -144,6 +137,7 @@ void Program::end()
 {
     ended_ = true;
     const auto closeQueues = [this] { queues_.closeThen([this] { loop_.quit(); }); };
+    FIRAnalytics::applicationWillResignActive();
     if (analytics_)
         analytics_->close(loop_, closeQueues);
     else
@@ -152,18 +146,16 @@ void Program::end()
 
 void Program::startAnalytics()
 {
-    analytics_ = std::make_unique<AnalyticsHost>(
-        AnalyticsHost::Services{.queues = queues_,
-                                .clock = clock_, // never a film's: a day has its limits
-                                .console = console_,
-                                .random = random_,
-                                .excludeFromBackup = &excludeFromBackup,
-                                .prepareThread = &becomeBackgroundThread},
-        AnalyticsHost::Places{.config = directories_.config,
-                              .state = directories_.state,
-                              .options = ProgramFiles::standard().deployment},
-        options_.launchSwitches, appData());
+    analytics_ = std::make_unique<ProgramAnalytics>(
+        ProgramAnalytics::Services{.queues = queues_,
+                                   .clock = clock_,
+                                   .console = console_,
+                                   .transport = transport_,
+                                   .notificationCenter = notificationCenter_},
+        ProgramAnalytics::places(directories_, readDeployment(console_)), options_.launchSwitches);
     analytics_->start();
+    FIRAnalytics::applicationDidBecomeActive(); // there is no window: it is before the user as long as it
+                                                // runs
 }
 
 int Program::run()
@@ -303,11 +295,8 @@ int showAnalytics(const Options &options)
     const SystemClock clock;
     WatchConsole console({.lines = nullptr});
     SystemRandom random;
-    const UserDirectories directories = directoriesFor(options);
     AnalyticsInspection inspection({.clock = clock, .console = console, .random = random, .answers = stdout},
-                                   {.config = directories.config,
-                                    .state = directories.state,
-                                    .options = ProgramFiles::standard().deployment},
+                                   ProgramAnalytics::places(directoriesFor(options), readDeployment(console)),
                                    options.json ? AnalyticsInspection::Form::Json
                                                 : AnalyticsInspection::Form::Text);
     const auto printed = options.analyticsStatus ? inspection.printStatus() : inspection.printEvents();

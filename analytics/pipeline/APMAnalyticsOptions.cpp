@@ -1,7 +1,6 @@
 #include "analytics/pipeline/APMAnalyticsOptions.h"
 
 #include "analytics/model/LogText.h"
-#include "platform/base/DeploymentFile.h"
 
 #include <algorithm>
 #include <array>
@@ -45,7 +44,6 @@ constexpr std::array<OptionRow, 15> optionRows{{
 constexpr std::string_view configurationKey = "FIREBASE_ANALYTICS_CONFIGURATION";
 
 using Level = APMMonitor::Level;
-constexpr LogText unusableFile{Level::Warning, 23000, "Options file cannot be used. Path, error"};
 constexpr LogText wrongType{Level::Warning, 23001,
                             "Option has a value of the wrong type and is passed over. Key"};
 // Deliberate: no warning. It is how the program is shipped, and who deploys it looks with verbose
@@ -54,14 +52,6 @@ constexpr LogText emptyAppID{
     Level::Info, 23002,
     "Mipeme App ID from MipemeService-Info.plist is empty. Please, define MIPEME_APP_ID in "
     "MipemeService-Info.plist for Analytics to work reliably. See analytics/pipeline/README.md"};
-
-PropertyList::Dictionary readFirst(std::span<const std::filesystem::path> folders, const char *name,
-                                   APMMonitor &monitor)
-{
-    return readDeploymentFile(folders, name, [&monitor](const auto &file, const std::string &why) {
-        writeLog(monitor, unusableFile, file.string() + ", " + why);
-    });
-}
 
 /// True and false, also as the numbers and words that people write into such files by hand.
 std::optional<bool> switchIn(const PropertyList &value)
@@ -112,13 +102,11 @@ void apply(const PropertyList::Dictionary &values, std::optional<OptionsFile> fi
 
 } // namespace
 
-APMAnalyticsOptions APMAnalyticsOptions::load(std::span<const std::filesystem::path> folders,
-                                              APMMonitor &monitor)
+APMAnalyticsOptions APMAnalyticsOptions::of(const Deployment &deployment, APMMonitor &monitor)
 {
     APMAnalyticsOptions options;
-    apply(readFirst(folders, mipemeServiceInfoFile, monitor), OptionsFile::MipemeServiceInfo, options,
-          monitor);
-    const PropertyList::Dictionary info = readFirst(folders, infoFile, monitor);
+    apply(deployment.mipemeServiceInfo, OptionsFile::MipemeServiceInfo, options, monitor);
+    const PropertyList::Dictionary &info = deployment.info;
     apply(info, OptionsFile::Info, options, monitor);
     if (const auto found = info.find(configurationKey); found != info.end()) {
         if (const auto *configuration = found->second.as<PropertyList::Dictionary>())

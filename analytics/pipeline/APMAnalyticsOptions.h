@@ -1,16 +1,12 @@
 #pragma once
 
 #include "analytics/model/APMMonitor.h"
+#include "platform/base/Deployment.h"
 
-#include <filesystem>
 #include <optional>
-#include <span>
 #include <string>
 
 namespace skyflare {
-
-inline constexpr const char *infoFile = "Info.plist";
-inline constexpr const char *mipemeServiceInfoFile = "MipemeService-Info.plist";
 
 /// How a deployer has set up the engine. What no file says is as it stands here; whatever would read or send
 /// more than the events themselves is off unless it is asked for.
@@ -41,12 +37,9 @@ struct APMAnalyticsOptions {
 
     bool operator==(const APMAnalyticsOptions &) const = default;
 
-    /// Reads both files, in XML or binary. Each is taken from the first folder that has a sound one: a file
-    /// that is damaged or cannot be read is reported and counts as missing. What
-    /// "FIREBASE_ANALYTICS_CONFIGURATION" in Info.plist says goes before all else. A value of the wrong type
-    /// is reported and passed over; of an empty app id verbose logging tells.
-    /// @param folders  the one that goes before the others first
-    static APMAnalyticsOptions load(std::span<const std::filesystem::path> folders, APMMonitor &monitor);
+    /// What "FIREBASE_ANALYTICS_CONFIGURATION" in Info.plist says goes before all else. A value of the wrong
+    /// type is reported and passed over; of an empty app id verbose logging tells.
+    static APMAnalyticsOptions of(const Deployment &deployment, APMMonitor &monitor);
 };
 
 /// Whether events are recorded: never where collection is deactivated, else as was chosen last, else as the

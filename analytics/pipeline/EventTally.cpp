@@ -10,7 +10,7 @@ namespace skyflare {
 
 namespace {
 
-enum class Side { EventIn, EventEnd, RowIn, RowOut, Part };
+enum class Side { EventIn, EventEnd, RowIn, RowOut, QueueIn, QueueOut, Part };
 
 struct EntryRow {
     LedgerEntry entry;
@@ -37,6 +37,11 @@ constexpr std::array<EntryRow, ledgerEntryCount> entryRows{{
     {LedgerEntry::Wiped, Side::RowOut, "wiped", "  wiped by a reset"},
     {LedgerEntry::Lost, Side::RowOut, "lost", "  lost with a damaged database"},
     {LedgerEntry::Bundled, Side::RowOut, "bundled", "  bundled for upload"},
+    {LedgerEntry::QueueFound, Side::QueueIn, "queue_found", "events found in bundles at start"},
+    {LedgerEntry::Uploaded, Side::QueueOut, "uploaded", "  uploaded"},
+    {LedgerEntry::QueueStale, Side::QueueOut, "queue_stale", "  deleted with a stale bundle"},
+    {LedgerEntry::QueueWiped, Side::QueueOut, "queue_wiped", "  wiped with their bundle by a reset"},
+    {LedgerEntry::QueueLost, Side::QueueOut, "queue_lost", "  lost with their bundle"},
     {LedgerEntry::PartsRefused, Side::Part, "parts_refused", "parameters and properties refused"},
 }};
 static_assert(std::ranges::all_of(entryRows, [](const EntryRow &row) {
@@ -79,9 +84,9 @@ constexpr std::array<std::string_view, failureCodeCount> failureNames{
     "too many items",          "nested array",      "item is no dictionary",
 };
 
-std::uint64_t sum(std::span<const std::uint64_t> counts)
+std::int64_t sum(std::span<const std::uint64_t> counts)
 {
-    return std::accumulate(counts.begin(), counts.end(), std::uint64_t{0});
+    return static_cast<std::int64_t>(std::accumulate(counts.begin(), counts.end(), std::uint64_t{0}));
 }
 
 std::uint64_t sumOf(const EventTally &tally, Side side)
@@ -92,13 +97,13 @@ std::uint64_t sumOf(const EventTally &tally, Side side)
     return total;
 }
 
-Result<> same(std::string_view what, std::uint64_t counted, std::uint64_t seen)
+Result<> same(std::string_view what, std::int64_t counted, std::int64_t seen)
 {
     if (counted == seen)
         return {};
     return Error{"ledger", 1,
-                 std::string(what) + ": counted " + std::to_string(static_cast<std::int64_t>(counted)) +
-                     ", but there are " + std::to_string(seen)};
+                 std::string(what) + ": counted " + std::to_string(counted) + ", but there are " +
+                     std::to_string(seen)};
 }
 
 std::string line(std::string_view label, std::uint64_t count)
@@ -155,12 +160,20 @@ std::int64_t EventTally::waitingRows() const
                                      sumOf(*this, Side::RowOut));
 }
 
-Result<> EventTally::balance(std::uint64_t eventsUnderWay, std::uint64_t rowsThatWait) const
+std::int64_t EventTally::bundledEvents() const
 {
-    const std::uint64_t refused = count(LedgerEntry::Refused) + count(LedgerEntry::PartsRefused);
+    return static_cast<std::int64_t>(sumOf(*this, Side::QueueIn) + count(LedgerEntry::Bundled) -
+                                     sumOf(*this, Side::QueueOut));
+}
+
+Result<> EventTally::balance(const Seen &seen) const
+{
+    const auto refused =
+        static_cast<std::int64_t>(count(LedgerEntry::Refused) + count(LedgerEntry::PartsRefused));
     const Result<> checks[] = {
-        same("events under way", static_cast<std::uint64_t>(underWay()), eventsUnderWay),
-        same("rows that wait", static_cast<std::uint64_t>(waitingRows()), rowsThatWait),
+        same("events under way", underWay(), seen.eventsUnderWay),
+        same("rows that wait", waitingRows(), seen.waitingRows),
+        same("events in bundles", bundledEvents(), seen.bundledEvents),
         same("refusals by error code", sum(refusalsByError), refused),
         same("refusals by failure code", sum(refusalsByFailure), refused),
     };

@@ -19,7 +19,7 @@ enum class LedgerEntry {
     Raised,   ///< by the engine itself: "_err" and its like
     // Their ends. Each event comes to exactly one.
     Disabled, ///< collection was off
-    Refused,  ///< the whole event, for its name or origin
+    Refused,  ///< the whole event: for its name or origin, or as a view of no screen
     LimitedAll,
     LimitedError,
     LimitedPublic,
@@ -35,23 +35,30 @@ enum class LedgerEntry {
     Wiped,   ///< by a reset
     Lost,    ///< with a database that had to be made anew
     Bundled, ///< into a bundle for upload
+    // Events of bundles that wait, beside those bundled; then where they went.
+    QueueFound, ///< in the database when it was opened
+    Uploaded,   ///< whoever collects them has them
+    QueueStale, ///< as rows go
+    QueueWiped,
+    QueueLost,
     // No events: parameters and user properties.
     PartsRefused,
 };
-inline constexpr std::size_t ledgerEntryCount = 18;
+inline constexpr std::size_t ledgerEntryCount = 23;
 inline constexpr std::size_t apmErrorCodeCount = 25;
 inline constexpr std::size_t failureCodeCount = 15;
 
 /// What the ledger had counted at one moment.
 ///
-/// Three equations hold at every moment when the engine rests:
+/// Four equations hold at every moment when the engine rests:
 ///
 ///     accepted + raised == disabled + refused + limited (all four) + failed + abandoned + stored + under way
 ///     found + stored    == trimmed + stale + wiped + lost + bundled + rows that wait
-///     refused + parts refused == the sum over error codes == the sum over failure codes
+///     queue found + bundled == uploaded + queue stale + queue wiped + queue lost + events in bundles that
+///     wait refused + parts refused == the sum over error codes == the sum over failure codes
 ///
-/// "Under way" and "rows that wait" are what is seen from outside: the operations that the queues hold, and
-/// the rows that the database counts.
+/// "Under way", "rows that wait" and "events in bundles that wait" are what is seen from outside: the
+/// operations that the queues hold, and what the database counts.
 ///
 /// Threads: any; a value.
 struct EventTally {
@@ -74,8 +81,17 @@ struct EventTally {
     /// The rows that should be waiting. Below 0 only if something is wrong.
     [[nodiscard]] std::int64_t waitingRows() const;
 
+    /// The events in bundles that should be waiting. Below 0 only if something is wrong.
+    [[nodiscard]] std::int64_t bundledEvents() const;
+
+    /// What is seen from outside.
+    struct Seen {
+        std::int64_t eventsUnderWay = 0;
+        std::int64_t waitingRows = 0;
+        std::int64_t bundledEvents = 0;
+    };
     /// The error names the first equation that does not hold, with both of its sides.
-    [[nodiscard]] Result<> balance(std::uint64_t eventsUnderWay, std::uint64_t rowsThatWait) const;
+    [[nodiscard]] Result<> balance(const Seen &seen) const;
 
     /// For a person: one count a line, those by code only where there are any.
     [[nodiscard]] std::vector<std::string> lines() const;

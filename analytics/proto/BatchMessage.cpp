@@ -45,6 +45,11 @@ Bytes BatchMessage::encode(const APMBatchFacts &facts, const std::vector<Bytes> 
     return wire::encode(APMPBMeasurementBatch_fields, &message);
 }
 
+std::size_t BatchMessage::sizeOfBundle(std::size_t bytes)
+{
+    return wire::sizeOfField(APMPBMeasurementBatch_bundles_tag, bytes);
+}
+
 Result<APMMeasurementBatch> BatchMessage::decode(std::span<const std::uint8_t> bytes)
 {
     APMMeasurementBatch batch;

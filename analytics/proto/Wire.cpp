@@ -3,6 +3,7 @@
 #include "platform/base/Text.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <utility>
 
@@ -200,6 +201,39 @@ pb_callback_t parametersInto(ParametersSink &sink)
     field.funcs.decode = readParameter;
     field.arg = &sink;
     return field;
+}
+
+namespace {
+
+std::size_t sizeOfVarint(std::uint64_t value)
+{
+    return (static_cast<std::size_t>(std::bit_width(value | 1U)) + 6) / 7;
+}
+
+void appendVarint(Bytes &message, std::uint64_t value)
+{
+    for (; value >= 0x80; value >>= 7U)
+        message.push_back(static_cast<std::uint8_t>(value | 0x80U));
+    message.push_back(static_cast<std::uint8_t>(value));
+}
+
+std::uint64_t tagOf(std::uint32_t number)
+{
+    return std::uint64_t{number} << 3U | PB_WT_STRING;
+}
+
+} // namespace
+
+void appendField(Bytes &message, std::uint32_t number, std::span<const std::uint8_t> content)
+{
+    appendVarint(message, tagOf(number));
+    appendVarint(message, content.size());
+    message.insert(message.end(), content.begin(), content.end());
+}
+
+std::size_t sizeOfField(std::uint32_t number, std::size_t contentSize)
+{
+    return sizeOfVarint(tagOf(number)) + sizeOfVarint(contentSize) + contentSize;
 }
 
 Bytes encode(const pb_msgdesc_t *fields, const void *message)

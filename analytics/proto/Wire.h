@@ -96,6 +96,10 @@ std::optional<APMValue> valueOf(const Message &message, std::optional<std::strin
     return value;
 }
 
+/// A field whose content is encoded already.
+void appendField(Bytes &message, std::uint32_t number, std::span<const std::uint8_t> content);
+std::size_t sizeOfField(std::uint32_t number, std::size_t contentSize);
+
 /// The message as bytes. There is nothing in ours that could not be written.
 Bytes encode(const pb_msgdesc_t *fields, const void *message);
 Error parseError(const pb_istream_t &stream);

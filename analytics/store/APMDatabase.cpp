@@ -119,6 +119,7 @@ Result<> APMDatabase::prepare()
     if (const auto done = store_->database()->execute(connectionSql); !done)
         return done.error();
     ensureAllTables();
+    ensureAllIndexes();
     return appMetadata_.makeRowIfMissing();
 }
 
@@ -128,6 +129,16 @@ void APMDatabase::ensureAllTables()
         if (const auto ensured = store_->ensureTableWithName(name, info); !ensured)
             writeLog(services_.monitor, storeLog::tableNotEnsured,
                      std::string(name) + ", " + ensured.error().message);
+    }
+}
+
+/// Without one all works, but slowly.
+void APMDatabase::ensureAllIndexes()
+{
+    for (const auto &[name, sql] : measurementIndexes()) {
+        if (const auto made = store_->run({"make index", sql}); !made)
+            writeLog(services_.monitor, storeLog::indexNotMade,
+                     std::string(name) + ", " + made.error().message);
     }
 }
 
@@ -145,15 +156,21 @@ Result<> APMDatabase::endTransaction(Result<> done)
 {
     done = store_->endTransaction(std::move(done));
     if (!done)
-        rawEvents_.forgetCount();
+        forget();
     return done;
+}
+
+void APMDatabase::forget()
+{
+    rawEvents_.forget();
+    bundles_.forget();
 }
 
 Result<> APMDatabase::performTransactionWithError(const std::function<Result<>()> &block)
 {
     Result<> done = store_->performTransactionWithError(block);
     if (!done)
-        rawEvents_.forgetCount();
+        forget();
     return done;
 }
 
@@ -182,54 +199,52 @@ Result<> APMDatabase::insertCapped(const CappedTable &table, std::string_view ke
     });
 }
 
-Result<std::int64_t> APMDatabase::deleteRawEvents(const std::function<Result<std::int64_t>()> &block,
-                                                  const AlongWith &alongWith)
+Result<> APMDatabase::removeEvents(const std::function<Result<RemovedEvents>()> &block,
+                                   const AlongWith &alongWith)
 {
-    std::int64_t rows = 0;
-    const auto done = performTransactionWithError([&]() -> Result<> {
-        const auto deleted = block();
-        if (!deleted)
-            return deleted.error();
-        rows = *deleted;
-        return alongWith ? alongWith(rows) : Result<>();
+    return performTransactionWithError([&]() -> Result<> {
+        const auto removed = block();
+        if (!removed)
+            return removed.error();
+        return alongWith ? alongWith(*removed) : Result<>();
     });
-    if (!done)
-        return done.error();
-    return rows;
 }
 
-Result<std::int64_t> APMDatabase::maybeDeleteStaleData(const AlongWith &alongWith)
+Result<> APMDatabase::maybeDeleteStaleData(const AlongWith &alongWith)
 {
     const double now = services_.clock.secondsSince1970();
     // A last time that lies ahead was taken from a wrong clock, and would put this off until then.
     const double passed = std::abs(now - services_.persistedConfig.lastStaleDataDeletion());
     if (passed <= limits_.staleDataDeletionInterval)
-        return std::int64_t{0};
-    auto deleted = deleteRawEvents([this, now] { return deleteStaleData(now); }, alongWith);
+        return {};
+    auto deleted = removeEvents([this, now] { return deleteStaleData(now); }, alongWith);
     if (deleted)
         services_.persistedConfig.setLastStaleDataDeletion(now);
     return deleted;
 }
 
-Result<std::int64_t> APMDatabase::deleteStaleData(double now)
+Result<APMDatabase::RemovedEvents> APMDatabase::deleteStaleData(double now)
 {
-    auto events = rawEvents_.deleteStale(now, limits_.maxQueueTime);
+    const auto events = rawEvents_.deleteStale(now, limits_.maxQueueTime);
     if (!events)
-        return events;
-    const auto bundles = bundles_.deleteStale(now, limits_.maxQueueTime);
-    if (!bundles)
-        return bundles.error();
+        return events.error();
+    const auto inBundles = bundles_.deleteStale(now, limits_.maxQueueTime);
+    if (!inBundles)
+        return inBundles.error();
     writeLog(services_.monitor, storeLog::staleDataDeleted,
-             std::to_string(*events) + ", " + std::to_string(*bundles));
+             std::to_string(*events) + ", " + std::to_string(*inBundles));
     // Where nothing is uploaded, nobody else does.
     if (const auto unused = rawEvents_.deleteUnusedMetadata(); !unused)
         return unused.error();
-    return events;
+    const auto isQueueEmpty = bundles_.isEmpty();
+    if (!isQueueEmpty)
+        return isQueueEmpty.error();
+    return RemovedEvents{static_cast<std::uint64_t>(*events), *inBundles, *isQueueEmpty};
 }
 
-Result<std::int64_t> APMDatabase::reset(const AlongWith &alongWith)
+Result<> APMDatabase::reset(const AlongWith &alongWith)
 {
-    auto wiped = deleteRawEvents([this] { return deleteAll(); }, alongWith);
+    auto wiped = removeEvents([this] { return deleteAll(); }, alongWith);
     if (!wiped)
         return wiped;
     // The rows are gone; now what they held goes from the pages as well. It may wait for a reader to end.
@@ -241,20 +256,32 @@ Result<std::int64_t> APMDatabase::reset(const AlongWith &alongWith)
     return wiped;
 }
 
-Result<std::int64_t> APMDatabase::deleteAll()
+Result<APMDatabase::RemovedEvents> APMDatabase::deleteAll()
 {
-    auto events = rawEvents_.deleteAll();
+    const auto events = rawEvents_.deleteAll();
     if (!events)
-        return events;
+        return events.error();
+    const auto inBundles = bundles_.eventCount();
+    if (!inBundles)
+        return inBundles.error();
     for (const MeasurementTable &table : measurementTables()) {
         if (table.name == LedgerTable::name)
             continue;
         if (const auto deleted = store_->deleteAllRecordsFromTableWithName(table.name); !deleted)
             return deleted.error();
     }
+    bundles_.forget();
     if (const auto made = appMetadata_.makeRowIfMissing(); !made)
         return made.error();
-    return events;
+    return RemovedEvents{static_cast<std::uint64_t>(*events), *inBundles, true};
+}
+
+/// A checkpoint syncs the log before it moves anything into the file.
+Result<> APMDatabase::writeThrough()
+{
+    if (!store_->database())
+        return storeLog::refusal(services_.monitor, "Database not open");
+    return store_->database()->checkpoint(Checkpoint::Passive);
 }
 
 Result<bool> APMDatabase::isTrue(const APMSqliteStore::Operation &question, const SqliteArguments &arguments)
@@ -280,43 +307,11 @@ Result<std::optional<std::int64_t>> APMDatabase::nextMetadataFingerprintToProces
         {"query next fingerprint", "SELECT metadata_fingerprint, MIN(rowid) FROM raw_events"});
 }
 
-Result<bool> APMDatabase::isRawEventsEmpty()
-{
-    return isTrue({"look for raw events", "SELECT NOT EXISTS (SELECT 1 FROM raw_events LIMIT 1)"});
-}
-
-Result<bool> APMDatabase::hasRealtimeRawEvents()
-{
-    return isTrue({"look for realtime raw events",
-                   "SELECT EXISTS (SELECT 1 FROM raw_events WHERE is_realtime = 1 LIMIT 1)"});
-}
-
-Result<std::optional<double>> APMDatabase::latestRawEventTimestamp()
-{
-    return store_->numberForQuery("SELECT MAX(timestamp) FROM raw_events");
-}
-
-Result<bool> APMDatabase::isQueueEmpty()
-{
-    return isTrue({"look for bundles", "SELECT NOT EXISTS (SELECT 1 FROM queue LIMIT 1)"});
-}
-
-Result<bool> APMDatabase::hasRealtimeBundles()
-{
-    return isTrue(
-        {"look for realtime bundles", "SELECT EXISTS (SELECT 1 FROM queue WHERE is_realtime = 1 LIMIT 1)"});
-}
-
 Result<bool> APMDatabase::hasBundlesWithRetryCount(std::int64_t retryCount)
 {
     return isTrue(
         {"look for retried bundles", "SELECT EXISTS (SELECT 1 FROM queue WHERE retry_count = ? LIMIT 1)"},
         {retryCount});
-}
-
-Result<std::optional<double>> APMDatabase::latestBundleEndTimestamp()
-{
-    return store_->numberForQuery("SELECT MAX(bundle_end_timestamp) FROM queue");
 }
 
 Result<std::int64_t> APMDatabase::publicEventNameCount()

@@ -4,6 +4,7 @@
 #include "analytics/store/AppMetadataTable.h"
 #include "analytics/store/BundleQueue.h"
 #include "analytics/store/EventTable.h"
+#include "analytics/store/IdentityTable.h"
 #include "analytics/store/LedgerTable.h"
 #include "analytics/store/RawEventTable.h"
 #include "analytics/store/StoreLimits.h"
@@ -61,14 +62,17 @@ public:
     Result<> insertSubscriptionWithID(std::string_view subscriptionID);
     Result<> insertPurchaseTransactionWithFingerprint(std::string_view fingerprint);
 
-    /// What else a transaction is to do that has deleted raw events; told how many.
-    using AlongWith = std::function<Result<>(std::int64_t rawEvents)>;
+    struct RemovedEvents {
+        std::uint64_t raw = 0;
+        std::uint64_t inBundles = 0;
+        bool isQueueEmpty = false; ///< now
+    };
+    /// What else a transaction is to do that has removed events.
+    using AlongWith = std::function<Result<>(const RemovedEvents &)>;
     /// If the interval has passed since the last time: what is too old, or dated too far ahead, goes.
-    /// @return how many raw events that were
-    Result<std::int64_t> maybeDeleteStaleData(const AlongWith &alongWith = {});
+    Result<> maybeDeleteStaleData(const AlongWith &alongWith = {});
     /// Wipes everything but the ledger, in one transaction, and out of the file.
-    /// @return how many raw events that were
-    Result<std::int64_t> reset(const AlongWith &alongWith = {});
+    Result<> reset(const AlongWith &alongWith = {});
 
     // Raw events
 
@@ -87,55 +91,63 @@ public:
     {
         return rawEvents_.insert(event, metadataFingerprint, isRealtime, limits_.maxStoredEvents);
     }
-    /// As many as a bundle takes. What the filter refuses is left out, and counts as looked at.
-    Result<RawEvents>
-    rawEventsWithMetadataFingerprint(std::int64_t fingerprint,
-                                     const std::function<bool(const APMEvent &)> &eventFilter = {})
+    /// Oldest first, until the filter says that it is enough.
+    Result<> rawEventsWithMetadataFingerprint(std::int64_t fingerprint, std::int64_t most,
+                                              const RawEventTable::EventFilter &eventFilter)
     {
-        return rawEvents_.events(fingerprint, limits_.maxEventsPerBundle, eventFilter);
+        return rawEvents_.events(fingerprint, most, eventFilter);
     }
     /// Nothing: there is no event.
     Result<std::optional<std::int64_t>> nextMetadataFingerprintToProcess();
     /// Of that metadata alone: between its events there may be others, which have not been bundled yet.
+    /// @param newest  the time of the newest of them
     /// @return how many
-    Result<std::int64_t> deleteRawEventsWithMaxRowID(std::int64_t maxRowID, std::int64_t metadataFingerprint)
+    Result<std::int64_t> deleteRawEventsWithMaxRowID(std::int64_t maxRowID, std::int64_t metadataFingerprint,
+                                                     double newest)
     {
-        return rawEvents_.deleteUpTo(maxRowID, metadataFingerprint);
+        return rawEvents_.deleteUpTo(maxRowID, metadataFingerprint, newest);
     }
     Result<> deleteUnusedRawEventsMetadata() { return rawEvents_.deleteUnusedMetadata(); }
+    /// The same for one, without a look at every event.
+    Result<> deleteRawEventMetadataIfUnused(std::int64_t fingerprint)
+    {
+        return rawEvents_.deleteMetadataIfUnused(fingerprint);
+    }
     Result<std::int64_t> rawEventCount() { return rawEvents_.count(); }
-    Result<bool> isRawEventsEmpty();
-    Result<bool> hasRealtimeRawEvents();
-    Result<std::optional<double>> latestRawEventTimestamp();
+    Result<bool> isRawEventsEmpty() { return rawEvents_.isEmpty(); }
+    Result<bool> hasRealtimeRawEvents() { return rawEvents_.hasRealtime(); }
+    Result<std::optional<double>> latestRawEventTimestamp() { return rawEvents_.newestTimestamp(); }
 
     // Bundles
 
-    Result<> insertBundle(const APMMeasurementBundle *bundle, IsRealtime isRealtime)
+    Result<> insertBundle(const FinishedBundle *bundle, IsRealtime isRealtime)
     {
         return bundles_.insert(bundle, isRealtime, services_.clock.secondsSince1970(), limits_.maxQueueTime);
     }
     /// Oldest first, as many as fit; the first one even if it alone does not.
-    Result<std::vector<QueuedBundle>> queryBundlesWithCountLimit(std::int64_t countLimit,
-                                                                 std::size_t sizeLimit)
+    // queryBundlesWithCountLimit:sizeLimit:error:
+    Result<std::vector<QueuedBundle>> queryBundlesWithCountLimit(const BundleLimit &limit)
     {
-        return bundles_.oldest(countLimit, sizeLimit);
-    }
-    Result<std::vector<QueuedBundle>> queryBundlesWithRowIDs(std::span<const std::int64_t> rowIDs)
-    {
-        return bundles_.withRowIDs(rowIDs);
+        return bundles_.oldest(limit);
     }
     Result<> incrementRetryCounterForBundlesWithIDs(std::span<const std::int64_t> rowIDs)
     {
         return bundles_.incrementRetryCounters(rowIDs);
     }
-    Result<> deleteBundlesWithRowIDs(std::span<const std::int64_t> rowIDs)
+    /// Those that are still there.
+    /// @return how many events were in them
+    Result<std::uint64_t> deleteBundlesWithRowIDs(std::span<const BundleMark> bundles)
     {
-        return bundles_.deleteWithRowIDs(rowIDs);
+        return bundles_.remove(bundles);
     }
-    Result<bool> isQueueEmpty();
-    Result<bool> hasRealtimeBundles();
+    /// In all bundles that wait and can be read.
+    Result<std::uint64_t> bundledEventCount() { return bundles_.eventCount(); }
+    Result<bool> isQueueEmpty() { return bundles_.isEmpty(); }
+    Result<bool> hasRealtimeBundles() { return bundles_.hasRealtime(); }
     Result<bool> hasBundlesWithRetryCount(std::int64_t retryCount);
-    Result<std::optional<double>> latestBundleEndTimestamp();
+    Result<std::optional<double>> latestBundleEndTimestamp() { return bundles_.newestEndTimestamp(); }
+    /// What was committed before this outlives a power failure, too. It waits for the disk.
+    Result<> writeThrough();
 
     // Aggregates and properties
 
@@ -171,6 +183,11 @@ public:
         return appMetadata_.update(config);
     }
 
+    // By what bundles tell that they are this database's; it is the caller's to make, and a reset wipes it
+
+    Result<std::optional<std::string>> databaseIdentity() { return identity_.identity(); }
+    Result<> setDatabaseIdentity(std::string_view identity) { return identity_.set(identity); }
+
     // The ledger, by the keys of its entries
 
     Result<LedgerTable::Counts> ledgerCounts() { return ledger_.counts(); }
@@ -194,16 +211,17 @@ private:
     EventTable events_{*store_};
     UserAttributeTable attributes_{*store_};
     AppMetadataTable appMetadata_{*store_};
+    IdentityTable identity_{*store_};
     LedgerTable ledger_{*store_};
 
     Result<> prepare();
     void ensureAllTables();
     Result<> insertCapped(const CappedTable &table, std::string_view key);
-    /// The block's answer, if what it did holds.
-    Result<std::int64_t> deleteRawEvents(const std::function<Result<std::int64_t>()> &block,
-                                         const AlongWith &alongWith);
-    Result<std::int64_t> deleteStaleData(double now);
-    Result<std::int64_t> deleteAll();
+    void ensureAllIndexes();
+    void forget();
+    Result<> removeEvents(const std::function<Result<RemovedEvents>()> &block, const AlongWith &alongWith);
+    Result<RemovedEvents> deleteStaleData(double now);
+    Result<RemovedEvents> deleteAll();
     Result<bool> isTrue(const APMSqliteStore::Operation &question, const SqliteArguments &arguments = {});
     Result<std::int64_t> numberOf(const APMSqliteStore::Operation &question,
                                   const SqliteArguments &arguments = {});

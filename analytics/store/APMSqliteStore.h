@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <optional>
+#include <type_traits>
 
 namespace skyflare {
 
@@ -90,7 +91,8 @@ public:
     Result<std::int64_t> execute(const Operation &operation, const SqliteArguments &arguments = {});
     /// For who does not ask how many.
     Result<> run(const Operation &operation, const SqliteArguments &arguments = {});
-    /// Calls `row` for every row.
+    enum class Rows { GoOn, Stop };
+    /// Calls `row` for every row, until it answers Stop, if it answers.
     template <typename Row>
     Result<> forEachRow(const Operation &operation, const SqliteArguments &arguments, const Row &row)
     {
@@ -103,7 +105,10 @@ public:
                 return failed(operation.name, hasRow.error());
             if (!*hasRow)
                 return {};
-            row(std::as_const(*statement));
+            if constexpr (std::is_void_v<decltype(row(std::as_const(*statement)))>)
+                row(std::as_const(*statement));
+            else if (row(std::as_const(*statement)) == Rows::Stop)
+                return {};
         }
     }
     /// The first column of the first row as a whole number, or nothing.

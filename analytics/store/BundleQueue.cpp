@@ -1,11 +1,12 @@
 #include "analytics/store/BundleQueue.h"
 
-#include "analytics/proto/BundleMessage.h"
+#include "analytics/proto/BatchMessage.h"
 #include "analytics/store/Gzip.h"
 #include "analytics/store/StoreLog.h"
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace skyflare {
 
@@ -28,23 +29,33 @@ std::string rowIDCondition(std::span<const std::int64_t> rowIDs)
     return "rowid IN (" + list + ")";
 }
 
-Result<APMMeasurementBundle> decodeBundle(std::span<const std::uint8_t> compressed, std::size_t &size)
+struct OpenedBundle {
+    Bytes message;
+    BundleMessage::Head head;
+};
+
+/// The check sum that gzip keeps has been looked at, so that what is in it is what was put in.
+Result<OpenedBundle> open(std::span<const std::uint8_t> compressed)
 {
     if (compressed.empty())
         return Error{"store", 6, "Cannot decompress an empty bundle data"};
-    const auto data = gunzip(compressed, largestBundle);
-    if (!data)
-        return data.error();
-    size = data->size();
-    auto bundle = BundleMessage::decode(*data);
-    if (!bundle)
+    auto message = gunzip(compressed, largestBundle);
+    if (!message)
+        return message.error();
+    auto head = BundleMessage::head(*message);
+    if (!head)
         return Error{"store", 7, "Unable to parse bundle from decompressed data"};
-    return bundle;
+    return OpenedBundle{*std::move(message), *std::move(head)};
+}
+
+std::span<const std::uint8_t> bytesOf(const Statement &row, int column)
+{
+    return row.bytes(column).value_or(std::span<const std::uint8_t>());
 }
 
 } // namespace
 
-Result<> BundleQueue::insert(const APMMeasurementBundle *bundle, IsRealtime isRealtime, double now,
+Result<> BundleQueue::insert(const FinishedBundle *bundle, IsRealtime isRealtime, double now,
                              double maxQueueTime)
 {
     APMMonitor &monitor = store_.monitor();
@@ -57,62 +68,60 @@ Result<> BundleQueue::insert(const APMMeasurementBundle *bundle, IsRealtime isRe
     if (std::abs(now - bundle->startTimestamp) > maxQueueTime ||
         std::abs(now - bundle->endTimestamp) > maxQueueTime)
         writeLog(monitor, storeLog::bundleOutsideTimeSpan);
-    const auto data = gzip(BundleMessage::encode(*bundle));
+    const auto data = gzip(bundle->message);
     if (!data)
         return storeLog::refusal(monitor, data.error().message);
     writeLog(monitor, storeLog::savingBundle, std::to_string(data->size()));
+    forget();
     return store_.insert(
         {"insert bundle",
          "INSERT INTO queue (data, bundle_end_timestamp, is_realtime, retry_count) VALUES (?, ?, ?, 0)"},
         {*data, bundle->endTimestamp, std::int64_t{isRealtime == IsRealtime::Yes}});
 }
 
-std::optional<QueuedBundle> BundleQueue::read(const Statement &row) const
+/// @return nothing where it cannot be read, or is another app's
+std::optional<QueuedBundle> BundleQueue::read(const Statement &row, std::string_view appId) const
 {
-    QueuedBundle queued{row.integer(0).value_or(0), row.integer(2).value_or(0), 0, {}};
-    auto bundle = decodeBundle(row.bytes(1).value_or(std::span<const std::uint8_t>()), queued.size);
+    const std::int64_t rowID = row.integer(0).value_or(0);
+    const auto data = bytesOf(row, 1);
+    auto bundle = open(data);
     if (!bundle) {
         writeLog(store_.monitor(), storeLog::unreadableBundle,
-                 std::to_string(queued.rowID) + ", " + bundle.error().message);
+                 std::to_string(rowID) + ", " + bundle.error().message);
         return {};
     }
-    queued.bundle = *std::move(bundle);
+    if (bundle->head.appId != appId)
+        return {};
+    QueuedBundle queued{{rowID, {}, bundle->head.events},
+                        row.integer(2).value_or(0),
+                        bundle->head.endTimestamp,
+                        std::move(bundle->message)};
+    std::ranges::copy(data.last(queued.mark.seal.size()), queued.mark.seal.begin());
     return queued;
 }
 
 /// Deliberate: the oldest bundle is given whatever its size is, or it would block the queue until it is
-/// stale.
-Result<std::vector<QueuedBundle>> BundleQueue::oldest(std::int64_t countLimit, std::size_t sizeLimit)
+/// stale. Those that are passed over count for nothing.
+Result<std::vector<QueuedBundle>> BundleQueue::oldest(const BundleLimit &limit)
 {
     std::vector<QueuedBundle> bundles;
-    std::size_t size = 0;
-    bool isFull = false;
+    if (limit.mostBundles <= 0)
+        return bundles;
+    std::size_t size = BatchMessage::mostBytesOfFacts;
+    using Rows = APMSqliteStore::Rows;
     const auto asked = store_.forEachRow(
         {"query bundles", "SELECT rowid, data, retry_count FROM queue ORDER BY rowid ASC LIMIT ?"},
-        {std::max(countLimit, std::int64_t{0})}, [&](const Statement &row) {
-            if (isFull)
-                return;
-            auto queued = read(row);
+        {std::int64_t{-1}}, [&](const Statement &row) {
+            auto queued = read(row, limit.appId);
             if (!queued)
-                return;
-            size += queued->size;
-            isFull = size > sizeLimit && !bundles.empty();
-            if (!isFull)
-                bundles.push_back(*std::move(queued));
-        });
-    if (!asked)
-        return asked.error();
-    return bundles;
-}
-
-Result<std::vector<QueuedBundle>> BundleQueue::withRowIDs(std::span<const std::int64_t> rowIDs)
-{
-    std::vector<QueuedBundle> bundles;
-    const std::string sql = "SELECT rowid, data, retry_count FROM queue WHERE " + rowIDCondition(rowIDs);
-    const auto asked = store_.forEachRow({"query bundles", sql}, {}, [&](const Statement &row) {
-        if (auto queued = read(row))
+                return Rows::GoOn;
+            size += BatchMessage::sizeOfBundle(queued->message.size());
+            if (size > limit.mostBytes && !bundles.empty())
+                return Rows::Stop;
             bundles.push_back(*std::move(queued));
-    });
+            const bool isFull = size >= limit.mostBytes || std::ssize(bundles) == limit.mostBundles;
+            return isFull ? Rows::Stop : Rows::GoOn;
+        });
     if (!asked)
         return asked.error();
     return bundles;
@@ -132,19 +141,88 @@ Result<> BundleQueue::incrementRetryCounters(std::span<const std::int64_t> rowID
     });
 }
 
-Result<> BundleQueue::deleteWithRowIDs(std::span<const std::int64_t> rowIDs)
+Result<std::uint64_t> BundleQueue::remove(std::span<const BundleMark> bundles)
 {
-    return store_.deleteRecordsFromTableWithName("queue", rowIDCondition(rowIDs));
+    forget();
+    std::uint64_t events = 0;
+    for (const BundleMark &bundle : bundles) {
+        const auto deleted =
+            store_.execute({"delete bundle", "DELETE FROM queue WHERE rowid = ? AND substr(data, -8) = ?"},
+                           {bundle.rowID, std::span<const std::uint8_t>(bundle.seal)});
+        if (!deleted)
+            return deleted.error();
+        events += *deleted > 0 ? bundle.events : 0;
+    }
+    return events;
 }
 
-Result<std::int64_t> BundleQueue::deleteStale(double now, double age)
+Result<std::uint64_t> BundleQueue::deleteStale(double now, double age)
 {
     if (!(age >= 0))
         return storeLog::refusal(store_.monitor(), "Cannot delete stale bundles after negative time period");
-    return store_.execute(
-        {"delete stale bundles",
-         "DELETE FROM queue WHERE abs(bundle_end_timestamp - cast(? as REAL)) > cast(? as REAL)"},
-        {now, age});
+    forget();
+    const std::string where =
+        "FROM queue WHERE abs(bundle_end_timestamp - cast(? as REAL)) > cast(? as REAL)";
+    auto events = eventsIn("SELECT data " + where, {now, age});
+    if (!events)
+        return events;
+    if (const auto deleted = store_.run({"delete stale bundles", "DELETE " + where}, {now, age}); !deleted)
+        return deleted.error();
+    return events;
+}
+
+Result<std::uint64_t> BundleQueue::eventCount()
+{
+    return eventsIn("SELECT data FROM queue");
+}
+
+Result<std::uint64_t> BundleQueue::eventsIn(std::string_view sql, const SqliteArguments &arguments)
+{
+    std::uint64_t events = 0;
+    const auto asked =
+        store_.forEachRow({"count bundled events", sql}, arguments, [&events](const Statement &row) {
+            const auto bundle = open(bytesOf(row, 0));
+            events += bundle ? bundle->head.events : 0;
+        });
+    if (!asked)
+        return asked.error();
+    return events;
+}
+
+Result<bool> BundleQueue::isTrue(const APMSqliteStore::Operation &question)
+{
+    const auto answer = store_.integer(question);
+    if (!answer)
+        return answer.error();
+    return *answer == 1;
+}
+
+Result<bool> BundleQueue::isEmpty()
+{
+    return isEmpty_.get([this] {
+        return isTrue({"look for bundles", "SELECT NOT EXISTS (SELECT 1 FROM queue LIMIT 1)"});
+    });
+}
+
+Result<bool> BundleQueue::hasRealtime()
+{
+    return hasRealtime_.get([this] {
+        return isTrue({"look for realtime bundles",
+                       "SELECT EXISTS (SELECT 1 FROM queue WHERE is_realtime = 1 LIMIT 1)"});
+    });
+}
+
+Result<std::optional<double>> BundleQueue::newestEndTimestamp()
+{
+    return newestEnd_.get(
+        [this] { return store_.numberForQuery("SELECT MAX(bundle_end_timestamp) FROM queue"); });
+}
+
+void BundleQueue::forget()
+{
+    isEmpty_.forget();
+    hasRealtime_.forget();
+    newestEnd_.forget();
 }
 
 } // namespace skyflare

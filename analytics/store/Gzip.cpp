@@ -22,8 +22,8 @@ Result<Bytes> gzip(std::span<const std::uint8_t> bytes)
 {
     Error failed{"zlib", 0, "Failed to compress bundle"};
     z_stream stream{};
-    if (bytes.size() > mostAtOnce / 2 || deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, gzipWindow,
-                                                      usualMemory, Z_DEFAULT_STRATEGY) != Z_OK)
+    if (bytes.size() > mostAtOnce / 2 ||
+        deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, gzipWindow, usualMemory, Z_DEFAULT_STRATEGY) != Z_OK)
         return failed;
     const Handle<z_stream, &deflateEnd> end(&stream);
     Bytes result(deflateBound(&stream, bytes.size()));

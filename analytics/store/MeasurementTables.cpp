@@ -94,6 +94,8 @@ constexpr std::array mainEventParams{ColumnInfo{"event_id", "INTEGER NOT NULL PR
 constexpr std::array eventLedger{ColumnInfo{"entry", "TEXT NOT NULL PRIMARY KEY"},
                                  ColumnInfo{"count", "INTEGER NOT NULL"}};
 
+constexpr std::array databaseIdentity{ColumnInfo{"identity", "TEXT NOT NULL"}};
+
 constexpr std::string_view filterKey = R"(PRIMARY KEY ("audience_id", "filter_id"))";
 
 constexpr std::array tables{
@@ -110,9 +112,27 @@ constexpr std::array tables{
     MeasurementTable{"subscriptions", {subscriptions, {}, {}, {}}},
     MeasurementTable{"conditional_properties", {conditionalProperties, {}, {}, {}}},
     MeasurementTable{"main_event_params", {mainEventParams, {}, {}, {}}},
-    MeasurementTable{"event_ledger", {eventLedger, {}, {}, {}}}};
+    MeasurementTable{"event_ledger", {eventLedger, {}, {}, {}}},
+    MeasurementTable{"database_identity", {databaseIdentity, {}, {}, {}}}};
+
+// Those of "is_realtime" hold the few rows alone that have it set.
+constexpr std::array indexes{
+    MeasurementIndex{"raw_events_metadata_fingerprint",
+                     "CREATE INDEX IF NOT EXISTS raw_events_metadata_fingerprint ON raw_events "
+                     "(metadata_fingerprint)"},
+    MeasurementIndex{"raw_events_is_realtime", "CREATE INDEX IF NOT EXISTS raw_events_is_realtime ON "
+                                               "raw_events (is_realtime) WHERE is_realtime = 1"},
+    MeasurementIndex{"queue_bundle_end_timestamp", "CREATE INDEX IF NOT EXISTS queue_bundle_end_timestamp "
+                                                   "ON queue (bundle_end_timestamp)"},
+    MeasurementIndex{"queue_is_realtime", "CREATE INDEX IF NOT EXISTS queue_is_realtime ON queue "
+                                          "(is_realtime) WHERE is_realtime = 1"}};
 
 } // namespace
+
+std::span<const MeasurementIndex> measurementIndexes()
+{
+    return indexes;
+}
 
 std::span<const MeasurementTable> measurementTables()
 {

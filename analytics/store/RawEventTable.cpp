@@ -5,9 +5,38 @@
 #include "analytics/store/StoreLog.h"
 #include "platform/base/Text.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace skyflare {
+
+namespace {
+
+constexpr double oldestTime = -std::numeric_limits<double>::infinity();
+
+/// Where a row has what: a table of another version may have columns in between.
+struct RawEventColumns {
+    int name = 0, timestamp = 0, data = 0, isRealtime = 0;
+
+    static RawEventColumns of(const Statement &row)
+    {
+        RawEventColumns columns;
+        for (int column = 1; column < row.columnCount(); ++column) {
+            const std::string name = row.columnName(column);
+            int *const place = name == "name"          ? &columns.name
+                               : name == "timestamp"   ? &columns.timestamp
+                               : name == "data"        ? &columns.data
+                               : name == "is_realtime" ? &columns.isRealtime
+                                                       : nullptr;
+            if (place)
+                *place = column;
+        }
+        return columns;
+    }
+};
+
+} // namespace
 
 RawEventMetadata RawEventMetadata::of(const APMMetadata &metadata)
 {
@@ -59,7 +88,7 @@ Result<> RawEventTable::insert(const APMEvent &event, std::int64_t metadataFinge
         return insertRow(event, metadataFingerprint, isRealtime);
     });
     if (!done)
-        forgetCount();
+        forget();
     return done;
 }
 
@@ -72,9 +101,15 @@ Result<> RawEventTable::insertRow(const APMEvent &event, std::int64_t metadataFi
         {"insert raw event", "INSERT INTO raw_events (name, timestamp, metadata_fingerprint, data, "
                              "is_realtime) VALUES (?, ?, ?, ?, ?)"},
         {name, event.timestamp, metadataFingerprint, data, std::int64_t{isRealtime == IsRealtime::Yes}});
-    if (inserted && count_)
-        ++*count_;
-    return inserted;
+    if (!inserted)
+        return inserted;
+    if (auto *const number = count_.known())
+        ++*number;
+    if (auto *const newest = newest_.known())
+        *newest = std::max(newest->value_or(event.timestamp), event.timestamp);
+    if (isRealtime == IsRealtime::Yes)
+        hasRealtime_.set(true);
+    return {};
 }
 
 /// Deletes what "rowid IN (SELECT rowid FROM raw_events ORDER BY rowid DESC LIMIT -1 OFFSET ?)" would with
@@ -88,37 +123,60 @@ Result<std::int64_t> RawEventTable::trim(std::int64_t maxStoredEvents)
     if (surplus <= 0 || maxStoredEvents <= 0)
         return std::int64_t{0};
     return deleteCounted({"trim raw events", "DELETE FROM raw_events WHERE rowid <= (SELECT rowid FROM "
-                                             "raw_events ORDER BY rowid ASC LIMIT 1 OFFSET ?)"},
+                                             "raw_events ORDER BY rowid ASC LIMIT 1 OFFSET ?) RETURNING "
+                                             "timestamp"},
                          {surplus - 1});
 }
 
+/// @param operation  a deletion that returns the times of what it deletes
 Result<std::int64_t> RawEventTable::deleteCounted(const APMSqliteStore::Operation &operation,
                                                   const SqliteArguments &arguments)
 {
-    auto deleted = store_.execute(operation, arguments);
-    if (deleted && count_)
-        *count_ -= *deleted;
-    return deleted;
+    std::int64_t rows = 0;
+    double newest = oldestTime;
+    const auto deleted = store_.forEachRow(operation, arguments, [&](const Statement &row) {
+        ++rows;
+        newest = std::max(newest, row.real(0).value_or(newest));
+    });
+    if (!deleted)
+        return deleted.error();
+    didDelete(rows, newest);
+    return rows;
 }
 
-Result<RawEvents> RawEventTable::events(std::int64_t metadataFingerprint, std::int64_t most,
-                                        const std::function<bool(const APMEvent &)> &eventFilter)
+void RawEventTable::didDelete(std::int64_t rows, double newest)
 {
-    RawEvents found;
-    const auto records = store_.recordsForQuery(
-        "SELECT rowid, * FROM raw_events WHERE metadata_fingerprint = ? ORDER BY rowid ASC LIMIT ?",
-        {metadataFingerprint, most});
-    if (!records)
-        return records.error();
-    for (const Record &record : *records) {
-        found.maxRowID = std::get<std::int64_t>(record.at("rowid"));
-        const auto *data = std::get_if<Bytes>(&record.at("data"));
-        const bool isRealtime = record.at("is_realtime") == SqliteValue(std::int64_t{1});
-        auto event = read(found.maxRowID, data ? *data : Bytes(), isRealtime);
-        if (event && (!eventFilter || eventFilter(event->event)))
-            found.events.push_back(*std::move(event));
-    }
-    return found;
+    if (rows == 0)
+        return;
+    auto *const number = count_.known();
+    if (number)
+        *number -= rows;
+    if (number && *number == 0)
+        newest_.set(std::nullopt);
+    else if (const auto *const known = newest_.known(); known && newest >= known->value_or(oldestTime))
+        newest_.forget();
+    if (const bool *const hasRealtime = hasRealtime_.known(); hasRealtime && *hasRealtime)
+        hasRealtime_.forget();
+}
+
+Result<> RawEventTable::events(std::int64_t metadataFingerprint, std::int64_t most,
+                               const EventFilter &eventFilter)
+{
+    std::optional<RawEventColumns> columns;
+    RawEventRow event;
+    return store_.forEachRow(
+        {"query raw events",
+         "SELECT rowid, * FROM raw_events WHERE metadata_fingerprint = ? ORDER BY rowid ASC LIMIT ?"},
+        {metadataFingerprint, most}, [&](const Statement &row) {
+            if (!columns)
+                columns = RawEventColumns::of(row);
+            event.rowID = row.integer(0).value_or(0);
+            event.name = row.text(columns->name).value_or("");
+            event.timestamp = row.real(columns->timestamp).value_or(std::numeric_limits<double>::quiet_NaN());
+            event.data = row.bytes(columns->data).value_or(std::span<const std::uint8_t>());
+            event.isRealtime = row.integer(columns->isRealtime) == 1 ? IsRealtime::Yes : IsRealtime::No;
+            return eventFilter(event);
+        });
 }
 
 Result<> RawEventTable::forEach(const std::function<void(const RawEvent &)> &event)
@@ -143,11 +201,15 @@ std::optional<RawEvent> RawEventTable::read(std::int64_t rowID, std::span<const 
     return {};
 }
 
-Result<std::int64_t> RawEventTable::deleteUpTo(std::int64_t maxRowID, std::int64_t metadataFingerprint)
+Result<std::int64_t> RawEventTable::deleteUpTo(std::int64_t maxRowID, std::int64_t metadataFingerprint,
+                                               double newest)
 {
-    return deleteCounted(
+    auto deleted = store_.execute(
         {"delete raw events", "DELETE FROM raw_events WHERE rowid <= ? AND metadata_fingerprint = ?"},
         {maxRowID, metadataFingerprint});
+    if (deleted)
+        didDelete(*deleted, newest);
+    return deleted;
 }
 
 Result<> RawEventTable::deleteUnusedMetadata()
@@ -157,30 +219,72 @@ Result<> RawEventTable::deleteUnusedMetadata()
         "metadata_fingerprint NOT IN (SELECT DISTINCT metadata_fingerprint FROM raw_events)");
 }
 
+/// Does not look at every event, as that would.
+Result<> RawEventTable::deleteMetadataIfUnused(std::int64_t fingerprint)
+{
+    return store_.run({"delete unused metadata",
+                       "DELETE FROM raw_events_metadata WHERE metadata_fingerprint = ?1 AND NOT EXISTS "
+                       "(SELECT 1 FROM raw_events WHERE metadata_fingerprint = ?1)"},
+                      {fingerprint});
+}
+
 Result<std::int64_t> RawEventTable::deleteStale(double now, double age)
 {
     if (!(age >= 0))
         return storeLog::refusal(store_.monitor(),
                                  "Cannot delete stale raw events given negative time period");
     return deleteCounted({"delete stale raw events",
-                          "DELETE FROM raw_events WHERE abs(timestamp - cast(? as REAL)) > cast(? as REAL)"},
+                          "DELETE FROM raw_events WHERE abs(timestamp - cast(? as REAL)) > cast(? as REAL) "
+                          "RETURNING timestamp"},
                          {now, age});
 }
 
 Result<std::int64_t> RawEventTable::deleteAll()
 {
-    return deleteCounted({"delete all raw events", "DELETE FROM raw_events"}, {});
+    auto deleted = store_.execute({"delete all raw events", "DELETE FROM raw_events"});
+    if (deleted)
+        forget();
+    return deleted;
 }
 
 Result<std::int64_t> RawEventTable::count()
 {
-    if (!count_) {
-        const auto counted = store_.rowCountForTableWithName("raw_events");
-        if (!counted)
-            return counted.error();
-        count_ = *counted;
-    }
-    return *count_;
+    return count_.get([this] { return store_.rowCountForTableWithName("raw_events"); });
+}
+
+Result<bool> RawEventTable::isEmpty()
+{
+    if (const auto *const number = count_.known())
+        return *number == 0;
+    const auto isEmpty =
+        store_.integer({"look for raw events", "SELECT NOT EXISTS (SELECT 1 FROM raw_events LIMIT 1)"});
+    if (!isEmpty)
+        return isEmpty.error();
+    return *isEmpty == 1;
+}
+
+Result<bool> RawEventTable::hasRealtime()
+{
+    return hasRealtime_.get([this]() -> Result<bool> {
+        const auto found =
+            store_.integer({"look for realtime raw events",
+                            "SELECT EXISTS (SELECT 1 FROM raw_events WHERE is_realtime = 1 LIMIT 1)"});
+        if (!found)
+            return found.error();
+        return *found == 1;
+    });
+}
+
+Result<std::optional<double>> RawEventTable::newestTimestamp()
+{
+    return newest_.get([this] { return store_.numberForQuery("SELECT MAX(timestamp) FROM raw_events"); });
+}
+
+void RawEventTable::forget()
+{
+    count_.forget();
+    newest_.forget();
+    hasRealtime_.forget();
 }
 
 } // namespace skyflare

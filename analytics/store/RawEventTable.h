@@ -3,6 +3,7 @@
 #include "analytics/model/APMEvent.h"
 #include "analytics/proto/APMMetadata.h"
 #include "analytics/store/APMSqliteStore.h"
+#include "analytics/store/KnownAnswer.h"
 #include "analytics/store/StoreLimits.h"
 
 namespace skyflare {
@@ -25,14 +26,17 @@ struct RawEvent {
     IsRealtime isRealtime = IsRealtime::No;
 };
 
-/// Raw events of one metadata, oldest first.
-struct RawEvents {
-    std::vector<RawEvent> events;
-    /// Of the last row that was looked at, which may hold an event that cannot be read; 0: there was no row.
-    std::int64_t maxRowID = 0;
+/// A raw event as its row holds it; whether its data can be read is not known. Borrows it from the row.
+struct RawEventRow {
+    std::int64_t rowID = 0;
+    std::string name;
+    double timestamp = 0; ///< seconds since 1970
+    std::span<const std::uint8_t> data;
+    IsRealtime isRealtime = IsRealtime::No;
 };
 
-/// Events that wait to be bundled, and their metadata. Keeps count of them.
+/// Events that wait to be bundled, and their metadata. Knows without asking how many there are, when the
+/// newest happened, and whether one must go at once.
 ///
 /// Threads: its store's, which must outlive it.
 class RawEventTable {
@@ -48,27 +52,41 @@ public:
     /// Trims first.
     Result<> insert(const APMEvent &event, std::int64_t metadataFingerprint, IsRealtime isRealtime,
                     std::int64_t maxStoredEvents);
-    Result<RawEvents> events(std::int64_t metadataFingerprint, std::int64_t most,
-                             const std::function<bool(const APMEvent &)> &eventFilter);
+
+    using Rows = APMSqliteStore::Rows;
+    using EventFilter = std::function<Rows(const RawEventRow &)>;
+    /// Of one metadata, oldest first, until the filter says that it is enough.
+    Result<> events(std::int64_t metadataFingerprint, std::int64_t most, const EventFilter &eventFilter);
     /// Of every metadata, oldest first. One that cannot be read is logged and left out.
     Result<> forEach(const std::function<void(const RawEvent &)> &event);
+
+    /// @param newest  the time of the newest of those that go
     /// @return how many
-    Result<std::int64_t> deleteUpTo(std::int64_t maxRowID, std::int64_t metadataFingerprint);
+    Result<std::int64_t> deleteUpTo(std::int64_t maxRowID, std::int64_t metadataFingerprint, double newest);
     Result<> deleteUnusedMetadata();
+    Result<> deleteMetadataIfUnused(std::int64_t fingerprint);
     /// @return how many
     Result<std::int64_t> deleteStale(double now, double age);
     /// @return how many
     Result<std::int64_t> deleteAll();
+
     Result<std::int64_t> count();
-    /// After what was done has been undone.
-    void forgetCount() { count_.reset(); }
+    Result<bool> isEmpty();
+    Result<bool> hasRealtime();
+    /// Nothing: there is no event.
+    Result<std::optional<double>> newestTimestamp();
+    /// What is known, after what was done has been undone.
+    void forget();
 
 private:
     APMSqliteStore &store_;
-    std::optional<std::int64_t> count_; ///< nothing: the table has to be asked
+    KnownAnswer<std::int64_t> count_;
+    KnownAnswer<std::optional<double>> newest_;
+    KnownAnswer<bool> hasRealtime_;
 
     Result<std::int64_t> deleteCounted(const APMSqliteStore::Operation &operation,
                                        const SqliteArguments &arguments);
+    void didDelete(std::int64_t rows, double newest);
     Result<> insertRow(const APMEvent &event, std::int64_t metadataFingerprint, IsRealtime isRealtime);
     [[nodiscard]] std::optional<RawEvent> read(std::int64_t rowID, std::span<const std::uint8_t> data,
                                                bool isRealtime) const;

@@ -9,7 +9,6 @@ namespace skyflare {
 /// Threads: any; a value.
 struct StoreLimits {
     std::int64_t maxStoredEvents = 100'000;    ///< raw events; 0 to 1,000,000
-    std::int64_t maxEventsPerBundle = 1'000;   ///< 1 to 1,000,000
     double staleDataDeletionInterval = 86'400; ///< seconds; 3,600 to 604,800
     double maxQueueTime = 2'419'200;           ///< seconds, 28 days; 604,800 to 7,862,400
 

@@ -32,6 +32,11 @@ inline constexpr LogText refused{Level::Error, 22012, ""}; // the text is the er
 inline constexpr LogText staleDataDeleted{Level::Debug, 22013, "Deleted stale raw events and bundles. Count"};
 inline constexpr LogText notCompacted{Level::Warning, 22014, "Failed to compact database after reset. Error"};
 
+inline constexpr LogText indexNotMade{Level::Warning, 22015, "Failed to make index. Index, error"};
+
+inline constexpr LogText unreadableMetadata{
+    Level::Error, 22016, "Cannot read metadata of raw events. They go without it. Fingerprint, error"};
+
 /// An error of the store's own, which it logs.
 inline Error refusal(APMMonitor &monitor, std::string text)
 {

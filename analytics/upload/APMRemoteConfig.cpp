@@ -1,7 +1,7 @@
 #include "analytics/upload/APMRemoteConfig.h"
 
+#include <algorithm>
 #include <optional>
-#include <string_view>
 
 namespace skyflare {
 
@@ -128,6 +128,12 @@ APMRemoteConfig::APMRemoteConfig(const PropertyList::Dictionary &values)
     }
     for (std::size_t i = 0; i < switchRows.size(); ++i)
         switches_[i] = flagIn(values, switchRows[i].key).value_or(switchRows[i].defaultValue);
+}
+
+bool APMRemoteConfig::isKey(std::string_view key)
+{
+    return std::ranges::find(settingRows, key, &SettingRow::key) != settingRows.end() ||
+           std::ranges::find(switchRows, key, &SwitchRow::key) != switchRows.end();
 }
 
 } // namespace skyflare

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace skyflare {
 
@@ -76,6 +77,9 @@ public:
     APMRemoteConfig();
     /// @param values  by the settings' keys; other keys are passed over
     explicit APMRemoteConfig(const PropertyList::Dictionary &values);
+
+    /// Whether a setting or a switch has this key.
+    [[nodiscard]] static bool isKey(std::string_view key);
 
     [[nodiscard]] double number(APMSetting setting) const { return numbers_[std::size_t(setting)]; }
     /// Cut off toward zero.

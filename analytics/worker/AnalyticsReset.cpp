@@ -27,10 +27,12 @@ void AnalyticsReset::wipe()
     writeLog(services_.monitor, measurementLog::wasReset);
 }
 
-void AnalyticsReset::wipeIfPending()
+bool AnalyticsReset::wipeIfPending()
 {
-    if (tries() > 0)
-        wipe();
+    if (tries() == 0)
+        return false;
+    wipe();
+    return true;
 }
 
 } // namespace skyflare

@@ -22,8 +22,8 @@ public:
     /// Notes that there is something to wipe, for a later process to do.
     void makePending();
     void wipe();
-    /// At the start.
-    void wipeIfPending();
+    /// At the start. @return whether there was something to wipe
+    [[nodiscard]] bool wipeIfPending();
 
 private:
     Services services_;

@@ -12,6 +12,13 @@ constexpr double retrySeconds = 60;
 
 } // namespace
 
+void DatabaseKeeper::setLimits(const StoreLimits &limits)
+{
+    limits_ = limits;
+    if (database_)
+        database_->setLimits(limits);
+}
+
 APMDatabase *DatabaseKeeper::database()
 {
     if (database_ && !database_->isInTransaction())
@@ -48,7 +55,7 @@ void DatabaseKeeper::closeUnlessSound()
 
 Result<> DatabaseKeeper::open()
 {
-    auto opened = services_.open();
+    auto opened = services_.open(limits_);
     if (!opened)
         return opened.error();
     if (const auto taken = ledgerRecord_.takeOver(**opened); !taken)

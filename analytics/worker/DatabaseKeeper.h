@@ -20,10 +20,15 @@ public:
         APMMonitor &monitor;
         const Clock &clock;
         EventLedger &ledger;
-        std::function<Result<std::unique_ptr<APMDatabase>>()> open;
+        std::function<Result<std::unique_ptr<APMDatabase>>(const StoreLimits &)> open;
     };
 
-    explicit DatabaseKeeper(Services services) : services_(std::move(services)) {}
+    explicit DatabaseKeeper(Services services, const StoreLimits &limits = {})
+        : services_(std::move(services)), limits_(limits)
+    {
+    }
+    /// They hold at once, and for every database to come.
+    void setLimits(const StoreLimits &limits);
 
     /// The database, open; null while there is none. After a failure it is tried again when a minute has
     /// passed, and why it failed is said once. One that is in a transaction stays as it is; otherwise the one
@@ -45,6 +50,7 @@ public:
 
 private:
     Services services_;
+    StoreLimits limits_;
     LedgerRecord ledgerRecord_{services_.ledger, services_.monitor};
     std::unique_ptr<APMDatabase> database_;
     std::uint64_t openings_ = 0;

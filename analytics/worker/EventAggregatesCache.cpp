@@ -1,5 +1,6 @@
 #include "analytics/worker/EventAggregatesCache.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace skyflare {
@@ -21,7 +22,7 @@ Result<const APMEventAggregates *> EventAggregatesCache::find(APMDatabase &datab
 void EventAggregatesCache::count(const APMEvent &event)
 {
     const auto [place, isNew] = entries_.try_emplace(event.name);
-    auto &[aggregates, hasChanged] = place->second;
+    APMEventAggregates &aggregates = place->second.aggregates;
     if (isNew) {
         aggregates.name = event.name;
         publicNames_ += event.name.starts_with('_') ? 0 : 1;
@@ -29,8 +30,31 @@ void EventAggregatesCache::count(const APMEvent &event)
     ++aggregates.lifetimeCount;
     ++aggregates.currentBundleCount;
     aggregates.lastFireTimestamp = event.timestamp;
-    if (!std::exchange(hasChanged, true))
-        changed_.push_back(&place->second);
+    noteChange(place->second);
+}
+
+void EventAggregatesCache::noteChange(Entry &entry)
+{
+    if (!std::exchange(entry.hasChanged, true))
+        changed_.push_back(&entry);
+}
+
+/// Of events that were trimmed nobody tells their name, so that more may seem to be left than there are.
+Result<> EventAggregatesCache::countBundled(APMDatabase &database, std::string_view name,
+                                            const BundledEvents &bundled, std::int64_t day)
+{
+    const auto found = find(database, name);
+    if (!found)
+        return found.error();
+    if (!*found) // its events came without them
+        return {};
+    Entry &entry = entries_.find(name)->second;
+    APMEventAggregates &aggregates = entry.aggregates;
+    aggregates.currentBundleCount = std::max<std::int64_t>(aggregates.currentBundleCount - bundled.count, 0);
+    aggregates.lastBundledTimestamp = bundled.newest;
+    aggregates.lastBundledDay = day;
+    noteChange(entry);
+    return {};
 }
 
 Result<> EventAggregatesCache::write(APMDatabase &database)

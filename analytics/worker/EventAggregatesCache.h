@@ -20,6 +20,14 @@ public:
     Result<const APMEventAggregates *> find(APMDatabase &database, std::string_view name);
     /// After find(), of the same name, without an error.
     void count(const APMEvent &event);
+    /// What went into a bundle.
+    struct BundledEvents {
+        std::int64_t count = 0;
+        double newest = 0; ///< seconds since 1970
+    };
+    /// @param day  on which it did
+    Result<> countBundled(APMDatabase &database, std::string_view name, const BundledEvents &bundled,
+                          std::int64_t day);
     [[nodiscard]] std::int64_t publicNames() const { return publicNames_; }
 
     /// What has changed since the last time.
@@ -30,6 +38,8 @@ private:
         APMEventAggregates aggregates;
         bool hasChanged = false;
     };
+
+    void noteChange(Entry &entry);
 
     std::int64_t publicNames_;
     std::map<std::string, Entry, std::less<>> entries_;

@@ -16,6 +16,12 @@ bool has(const APMParameters &parameters, std::string_view name)
 
 } // namespace
 
+void EventIntake::setLimits(const ValidationLimits &limits)
+{
+    validator_ = APMDataTypeValidator(monitor_, limits);
+    filter_ = EventParameterFilter(monitor_, limits);
+}
+
 std::optional<Refusal> EventIntake::judge(const LogEventCall &call) const
 {
     const Verdict origin = APMDataTypeValidator::isForwardedEventOrigin(call.origin)

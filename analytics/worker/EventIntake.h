@@ -20,6 +20,9 @@ public:
     {
     }
 
+    /// They hold from the next event on.
+    void setLimits(const ValidationLimits &limits);
+
     /// By the name that the caller gave it: "screen_view". The refusal is of the whole event.
     [[nodiscard]] std::variant<APMEvent, Refusal> eventOf(LogEventCall call) const;
 

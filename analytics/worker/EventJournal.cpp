@@ -93,8 +93,12 @@ void EventJournal::commitIfDue()
 
 void EventJournal::commit()
 {
-    if (!database_)
-        return;
+    if (database_)
+        static_cast<void>(end()); // which has told whom it concerns
+}
+
+Result<> EventJournal::end()
+{
     writeAlong();
     const auto ended = database_->endTransaction(damage_ ? Result<>(*damage_) : Result<>());
     database_ = nullptr;
@@ -104,7 +108,7 @@ void EventJournal::commit()
     if (ended) {
         services_.databases.ledgerRecord().didCommit();
         services_.ledger.add(uncommitted);
-        return;
+        return ended;
     }
     known_.reset();
     services_.databases.didFail(ended.error());
@@ -113,6 +117,18 @@ void EventJournal::commit()
     if (lost > 0)
         writeLog(services_.monitor, measurementLog::eventsNotStored,
                  std::to_string(lost) + ", " + ended.error().message);
+    return ended;
+}
+
+Result<> EventJournal::change(const Change &change)
+{
+    commit();
+    if (const auto begun = begin(); !begun)
+        return begun;
+    const auto changed = change({*database_, known_->events, known_->dailyCounts.day, uncommitted_});
+    if (!changed)
+        damage_ = changed.error();
+    return end();
 }
 
 /// What fails here, in a transaction that is still whole, is written with the next one: the events are not
@@ -242,17 +258,19 @@ Result<> EventJournal::deleteUserAttributeWithName(std::string_view name)
 
 Result<> EventJournal::deleteStaleDataIfDue()
 {
-    return removeRows(LedgerEntry::Stale, &APMDatabase::maybeDeleteStaleData);
+    return removeRows({LedgerEntry::Stale, LedgerEntry::QueueStale}, &APMDatabase::maybeDeleteStaleData);
 }
 
 Result<> EventJournal::reset()
 {
-    const auto wiped = removeRows(LedgerEntry::Wiped, &APMDatabase::reset);
+    const auto wiped = removeRows({LedgerEntry::Wiped, LedgerEntry::QueueWiped}, &APMDatabase::reset);
     known_.reset();
     return wiped;
 }
 
-Result<> EventJournal::removeRows(LedgerEntry entry, const Removal &removal)
+/// Where no bundle is left, all that were in bundles have gone: those of a bundle that could not be read,
+/// too.
+Result<> EventJournal::removeRows(const RemovalEntries &entries, const Removal &removal)
 {
     commit();
     APMDatabase *const database = services_.databases.database();
@@ -260,8 +278,11 @@ Result<> EventJournal::removeRows(LedgerEntry entry, const Removal &removal)
         return noDatabase();
     LedgerRecord &record = services_.databases.ledgerRecord();
     EventTally uncommitted;
-    const auto removed = removal(*database, [&](std::int64_t rows) {
-        uncommitted.entries[static_cast<std::size_t>(entry)] = static_cast<std::uint64_t>(rows);
+    const auto removed = removal(*database, [&](const APMDatabase::RemovedEvents &events) {
+        const auto inBundles = static_cast<std::uint64_t>(services_.ledger.tally().bundledEvents());
+        uncommitted[static_cast<std::size_t>(entries.raw)] = events.raw;
+        uncommitted[static_cast<std::size_t>(entries.inBundles)] =
+            events.isQueueEmpty ? inBundles : events.inBundles;
         return record.write(*database, uncommitted);
     });
     if (!removed) {

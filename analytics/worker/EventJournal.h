@@ -67,7 +67,18 @@ public:
     Result<> updateUserAttribute(const APMUserAttribute &attribute);
     Result<> deleteUserAttributeWithName(std::string_view name);
 
-    // Outside of a transaction: one that is open is committed first.
+    // A transaction of its own each: one that is open is committed first.
+
+    /// What a change works on.
+    struct Changing {
+        APMDatabase &database;
+        EventAggregatesCache &events;
+        std::int64_t day;    ///< as the day's counts have it
+        EventTally &counted; ///< for the ledger, if the change holds
+    };
+    using Change = std::function<Result<>(const Changing &)>;
+    /// Holds as a whole, with what the ledger counts, or not at all.
+    Result<> change(const Change &change);
 
     Result<> deleteStaleDataIfDue();
     /// Everything but the ledger's counts.
@@ -82,7 +93,11 @@ private:
         std::vector<APMUserAttribute> userAttributes;
         EventAggregatesCache events{0};
     };
-    using Removal = std::function<Result<std::int64_t>(APMDatabase &, const APMDatabase::AlongWith &)>;
+    using Removal = std::function<Result<>(APMDatabase &, const APMDatabase::AlongWith &)>;
+    struct RemovalEntries {
+        LedgerEntry raw;
+        LedgerEntry inBundles;
+    };
 
     Services services_;
     APMAppData app_;
@@ -106,7 +121,8 @@ private:
     Result<> store(APMEvent &event, IsRealtime isRealtime);
     Result<std::int64_t> storeMetadata();
     std::vector<APMUserAttribute>::iterator placeOf(std::string_view name);
-    Result<> removeRows(LedgerEntry entry, const Removal &removal);
+    Result<> removeRows(const RemovalEntries &entries, const Removal &removal);
+    Result<> end();
 };
 
 } // namespace skyflare

@@ -32,6 +32,9 @@ public:
     EventRecorder(const Services &services, const MeasurementLimits &limits, double timeZoneOffsetMinutes,
                   DebugMode debugMode, Hooks hooks);
 
+    /// They hold from the next event on; the hour at which a day begins stays as it was kept.
+    void setLimits(const MeasurementLimits &limits) { limits_ = limits; }
+
     // handleEventOnWorkerQueue:, handleInternalEventOnWorkerQueue:
     /// Takes a valid event to its end, which the ledger counts. One of the app's that is over a limit makes
     /// an error event.

@@ -14,11 +14,9 @@ bool isSound(const EventTally &tally)
     for (std::size_t number = 0; number < EventTally::size; ++number)
         if (static_cast<std::int64_t>(tally[number]) < 0)
             return false;
-    const std::int64_t underWay = tally.underWay();
-    const std::int64_t waitingRows = tally.waitingRows();
-    return underWay >= 0 && waitingRows >= 0 &&
-           tally.balance(static_cast<std::uint64_t>(underWay), static_cast<std::uint64_t>(waitingRows))
-               .has_value();
+    const EventTally::Seen kept{tally.underWay(), tally.waitingRows(), tally.bundledEvents()};
+    return kept.eventsUnderWay >= 0 && kept.waitingRows >= 0 && kept.bundledEvents >= 0 &&
+           tally.balance(kept).has_value();
 }
 
 } // namespace
@@ -41,18 +39,28 @@ Result<> LedgerRecord::takeOver(APMDatabase &database)
     const auto rows = database.rawEventCount();
     if (!rows)
         return rows.error();
+    const auto bundled = database.bundledEventCount();
+    if (!bundled)
+        return bundled.error();
     written_ = tallyOf(*counts);
     writing_.reset();
     if (!std::exchange(hasEarlierRun_, true))
         addEarlierRun(written_);
-    const std::int64_t uncounted = *rows - ledger_.tally().waitingRows();
+    const EventTally tally = ledger_.tally();
+    countUncounted(*rows - tally.waitingRows(), {LedgerEntry::Found, LedgerEntry::Lost});
+    countUncounted(static_cast<std::int64_t>(*bundled) - tally.bundledEvents(),
+                   {LedgerEntry::QueueFound, LedgerEntry::QueueLost});
+    return {};
+}
+
+void LedgerRecord::countUncounted(std::int64_t uncounted, const FoundOrLost &entries)
+{
     if (uncounted > 0)
-        ledger_.count(LedgerEntry::Found, static_cast<std::uint64_t>(uncounted));
+        ledger_.count(entries.found, static_cast<std::uint64_t>(uncounted));
     if (uncounted < 0) {
-        ledger_.count(LedgerEntry::Lost, static_cast<std::uint64_t>(-uncounted));
+        ledger_.count(entries.lost, static_cast<std::uint64_t>(-uncounted));
         writeLog(monitor_, measurementLog::rowsLost, std::to_string(-uncounted));
     }
-    return {};
 }
 
 void LedgerRecord::addEarlierRun(const EventTally &kept)

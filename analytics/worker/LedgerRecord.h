@@ -20,7 +20,7 @@ public:
 
     /// For a database that has just been opened. What it holds of an earlier run is added to the ledger, once
     /// in a process; events that were under way then were in a process that was killed. Then rows that nobody
-    /// has counted are found, and rows that are missing are lost.
+    /// has counted are found, and rows that are missing are lost; and so are events in bundles.
     Result<> takeOver(APMDatabase &database);
 
     /// For the end of a transaction. @param uncommitted  what is counted when it has been committed
@@ -37,7 +37,14 @@ private:
     EventTally written_; ///< as the database has it
     std::optional<EventTally> writing_;
 
+    struct FoundOrLost {
+        LedgerEntry found;
+        LedgerEntry lost;
+    };
+
     void addEarlierRun(const EventTally &kept);
+    /// @param uncounted  how many more there are than have been counted
+    void countUncounted(std::int64_t uncounted, const FoundOrLost &entries);
 };
 
 } // namespace skyflare

@@ -23,6 +23,9 @@ inline constexpr std::string_view appOrigin = "app";   ///< the app's own code
 inline constexpr std::string_view autoOrigin = "auto"; ///< the engine, by itself
 inline constexpr std::string_view startOrigin = "fa";  ///< the engine's own start
 
+/// By which the app says that a screen is shown.
+inline constexpr std::string_view screenViewName = "screen_view";
+
 /// Whether events are recorded, at the moment of a call.
 enum class Collection { Off, On };
 
@@ -34,7 +37,8 @@ struct LogEventCall {
     IsPublicEvent isPublicEvent = IsPublicEvent::Yes;
     std::optional<std::string> name; ///< nothing: the caller gave none, which is refused
     PropertyList::Dictionary parameters;
-    std::optional<double> timestamp; ///< seconds since 1970; nothing: when its turn comes
+    std::optional<double> timestamp;       ///< seconds since 1970; nothing: when its turn comes
+    std::optional<double> secondsOfUptime; ///< the same moment; nothing: not known
     Collection enabled = Collection::On;
     bool ignoreEnabled = false; ///< recorded even if it was off
     bool ignoreInterceptor = false;

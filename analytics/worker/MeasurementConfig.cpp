@@ -8,7 +8,6 @@ namespace {
 
 constexpr std::string_view lastStaleDataDeletionKey = "/mipeme/measurement/last_stale_data_deletion";
 constexpr std::string_view midnightOffsetKey = "/mipeme/measurement/midnight_offset";
-constexpr std::string_view sessionTimeoutIntervalKey = "/mipeme/measurement/session_timeout_interval";
 
 constexpr double secondsPerMinute = 60;
 constexpr double secondsPerDay = 86'400;
@@ -42,19 +41,6 @@ std::optional<double> MeasurementConfig::keptMidnightOffset() const
         return std::nullopt;
     const double kept = defaults_.doubleForKey(midnightOffsetKey);
     return std::abs(kept) < secondsPerDay ? std::optional(kept) : std::nullopt;
-}
-
-std::optional<double> MeasurementConfig::sessionTimeoutInterval() const
-{
-    if (!defaults_.hasObjectForKey(sessionTimeoutIntervalKey))
-        return std::nullopt;
-    const double seconds = defaults_.doubleForKey(sessionTimeoutIntervalKey);
-    return std::isfinite(seconds) && seconds >= 0 ? std::optional(seconds) : std::nullopt;
-}
-
-void MeasurementConfig::setSessionTimeoutInterval(double seconds)
-{
-    defaults_.setDouble(seconds, sessionTimeoutIntervalKey);
 }
 
 } // namespace skyflare

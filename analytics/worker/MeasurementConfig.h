@@ -30,9 +30,8 @@ public:
     /// Nothing: it was never asked for.
     [[nodiscard]] std::optional<double> keptMidnightOffset() const;
 
-    /// Seconds; nothing: never set.
-    [[nodiscard]] std::optional<double> sessionTimeoutInterval() const;
-    void setSessionTimeoutInterval(double seconds);
+    /// For those parts of the engine that keep something of their own there.
+    [[nodiscard]] UserDefaults &defaults() { return defaults_; }
 
 private:
     UserDefaults &defaults_;

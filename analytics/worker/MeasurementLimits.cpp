@@ -12,7 +12,6 @@ MeasurementLimits MeasurementLimits::of(const APMRemoteConfig &settings)
                        .allowsCustomItemParameters =
                            settings.isOn(APMSwitch::ItemScopedCustomParameterEnabled)},
         .store = {.maxStoredEvents = settings.integer(S::MaxStoredEventsPerApp),
-                  .maxEventsPerBundle = settings.integer(S::MaxEventsPerBundle),
                   .staleDataDeletionInterval = settings.number(S::StaleDataDeletionInterval),
                   .maxQueueTime = settings.number(S::MaxQueueTime)},
         .daily = DailyLimits::of(settings),

@@ -76,6 +76,9 @@ inline constexpr LogText rowsLost{Level::Warning, 21064, "Stored events are no l
 inline constexpr LogText ledgerUnsound{Level::Warning, 21065,
                                        "The kept ledger does not add up. It begins anew."};
 
+inline constexpr LogText noDatabaseID{Level::Error, 21066,
+                                      "Cannot generate a database ID. Nothing is bundled. Error"};
+
 /// What texts that end with ", limit" go on with.
 inline std::string withLimit(std::string_view what, std::int64_t limit)
 {

@@ -21,22 +21,30 @@ MeasurementWorker::MeasurementWorker(const MeasurementServices &services, Worker
 MeasurementWorker::MeasurementWorker(const MeasurementServices &services, WorkerTurns &worker,
                                      const MeasurementLimits &limits)
     : services_(services),
-      worker_(worker),
-      databases_({services.monitor, services.clock, services.ledger,
-                  [open = services.openDatabase, store = limits.store] { return open(store); }}),
+      databases_({services.monitor, services.clock, services.ledger, services.openDatabase}, limits.store),
       journal_({databases_, services.monitor, services.clock, services.ledger}),
       listeners_(services.monitor),
       intake_(services.monitor, services.ledger, limits.validation),
       recorder_({journal_, services.monitor, services.clock, services.ledger, services.config}, limits,
                 services.settings.number(APMSetting::TimeZoneOffsetMinutes),
-                services.debugMode ? DebugMode::On : DebugMode::Off, {}),
+                services.debugMode ? DebugMode::On : DebugMode::Off,
+                {.processSessionFromEvent =
+                     [this](const APMEvent &event) { sessions_.processSessionFromEvent(event); },
+                 .updateSchedule = [this] { uploads_.didStoreEvent(); }}),
       properties_({journal_, recorder_, services.monitor, services.clock, services.ledger}, limits),
       firstOpen_(services.suite, journal_),
-      reset_({services.suite, journal_, services.monitor})
+      reset_({services.suite, journal_, services.monitor}),
+      sessions_(services, worker,
+                {[this](LogEventCall call) { logEvent(std::move(call)); },
+                 [this](UserPropertyCall call) { setUserAttribute(std::move(call)); }}),
+      uploads_({journal_, databases_, services.monitor, services.clock, services.ledger, services.random,
+                services.config.defaults(), worker, services.transport, services.network, services.debugMode,
+                services.settings, [this](const APMRemoteConfig &settings) { applySettings(settings); }}),
+      mostUserProperties_(limits.publicUserProperties)
 {
 }
 
-void MeasurementWorker::start(const APMAnalyticsOptions &options, Collection collection)
+void MeasurementWorker::start(const APMAnalyticsOptions &options, Collection collection, double startedAt)
 {
     isDeactivated_ = options.collectionDeactivated;
     services_.app.appId = options.appID;
@@ -47,8 +55,13 @@ void MeasurementWorker::start(const APMAnalyticsOptions &options, Collection col
         writeLog(services_.monitor, measurementLog::deactivated);
         return;
     }
-    reset_.wipeIfPending();
-    logFirstOpenIfDue(collection);
+    if (reset_.wipeIfPending()) {
+        sessions_.handleReset();
+        uploads_.didReset();
+    }
+    uploads_.start(options, services_.app, collection);
+    logFirstOpenIfDue(collection, startedAt);
+    sessions_.start(options, collection);
 }
 
 void MeasurementWorker::setInstanceID(const Result<std::string> &made)
@@ -86,8 +99,9 @@ void MeasurementWorker::logEvent(LogEventCall call)
     if (isDropped(call))
         return;
     hasLogged_ = true;
-    logFirstOpenIfDue(call.enabled);
+    logFirstOpenIfDue(call.enabled, services_.clock.secondsSince1970());
     const double timestamp = *call.timestamp;
+    const auto secondsOfUptime = call.secondsOfUptime;
     const IsPublicEvent isPublicEvent = call.isPublicEvent;
     const auto interceptor = std::move(call.interceptor);
     auto outcome = intake_.eventOf(std::move(call));
@@ -96,13 +110,15 @@ void MeasurementWorker::logEvent(LogEventCall call)
         return;
     }
     auto &event = std::get<APMEvent>(outcome);
+    if (!sessions_.addScreen(event, isPublicEvent, secondsOfUptime))
+        return;
     if (interceptor)
         (*interceptor)(event);
     listeners_.notify(event);
     recorder_.handleEvent(std::move(event), isPublicEvent);
 }
 
-void MeasurementWorker::logFirstOpenIfDue(Collection collection)
+void MeasurementWorker::logFirstOpenIfDue(Collection collection, double timestamp)
 {
     if (isDeactivated_ || collection == Collection::Off || !firstOpen_.takeDue())
         return;
@@ -110,7 +126,7 @@ void MeasurementWorker::logFirstOpenIfDue(Collection collection)
     call.origin = autoOrigin;
     call.isPublicEvent = IsPublicEvent::No;
     call.name = FirstOpen::eventName;
-    call.timestamp = services_.clock.secondsSince1970();
+    call.timestamp = timestamp;
     services_.ledger.count(LedgerEntry::Raised);
     logEvent(std::move(call));
 }
@@ -135,7 +151,10 @@ void MeasurementWorker::setAnalyticsCollectionEnabled(bool choice, Collection co
     services_.suite.setValue(choice, suiteKeys::analyticsCollection);
     writeLog(services_.monitor, measurementLog::collectionChanged,
              collection == Collection::On ? "true" : "false");
-    logFirstOpenIfDue(collection);
+    logFirstOpenIfDue(collection, services_.clock.secondsSince1970());
+    sessions_.setCollection(collection);
+    if (!isDeactivated_)
+        uploads_.setCollection(collection);
 }
 
 void MeasurementWorker::resetAnalyticsData(Collection collection)
@@ -149,7 +168,27 @@ void MeasurementWorker::resetAnalyticsData(Collection collection)
         reset_.makePending(); // for the first start that may open the database
     else
         reset_.wipe();
-    logFirstOpenIfDue(collection);
+    logFirstOpenIfDue(collection, services_.clock.secondsSince1970());
+    sessions_.handleReset();
+    uploads_.didReset();
+}
+
+void MeasurementWorker::applySettings(const APMRemoteConfig &settings)
+{
+    services_.settings = settings;
+    const MeasurementLimits limits = MeasurementLimits::of(settings);
+    databases_.setLimits(limits.store);
+    intake_.setLimits(limits.validation);
+    recorder_.setLimits(limits);
+    properties_.setLimits(limits);
+    sessions_.setSettings(settings);
+    mostUserProperties_ = limits.publicUserProperties;
+}
+
+void MeasurementWorker::tellSessions(const std::function<void(Sessions &)> &what)
+{
+    if (!isDeactivated_)
+        what(sessions_);
 }
 
 Result<> MeasurementWorker::checkReadable() const
@@ -159,8 +198,11 @@ Result<> MeasurementWorker::checkReadable() const
 
 Result<std::int64_t> MeasurementWorker::sessionID()
 {
-    const auto readable = checkReadable();
-    return readable ? properties_.sessionID() : readable.error();
+    if (const auto readable = checkReadable(); !readable)
+        return readable.error();
+    if (!sessions_.tellsSessionID())
+        return Error{"analytics", 5, "Session ids are switched off"};
+    return properties_.sessionID();
 }
 
 Result<std::vector<APMUserAttribute>>
@@ -173,6 +215,7 @@ MeasurementWorker::userPropertiesIncludingInternal(IncludingInternal includingIn
 void MeasurementWorker::didDrain()
 {
     journal_.commit();
+    uploads_.didDrain();
     const double now = services_.clock.secondsOfUptime();
     if (!hasLogged_ || now < nextLookForStaleData_)
         return;
@@ -183,6 +226,7 @@ void MeasurementWorker::didDrain()
 void MeasurementWorker::close()
 {
     hasLogged_ = false;
+    uploads_.close();
     journal_.close();
 }
 

@@ -52,6 +52,13 @@ public:
     {
     }
 
+    /// They hold from the next one on; none that is there already goes.
+    void setLimits(const MeasurementLimits &limits)
+    {
+        validator_ = APMDataTypeValidator(services_.monitor, limits.validation);
+        mostPublic_ = limits.publicUserProperties;
+    }
+
     // setUserAttributeOnWorkerQueue:
     void setUserAttribute(UserPropertyCall call);
 

@@ -1,7 +1,5 @@
 #include "platform/base/AppInfo.h"
 
-#include "platform/base/DeploymentFile.h"
-
 #include <array>
 #include <string_view>
 
@@ -9,7 +7,6 @@ namespace skyflare {
 
 namespace {
 
-constexpr const char *infoFileName = "Info.plist";
 constexpr std::string_view shortVersionKey = "CFBundleShortVersionString";
 
 struct InfoRow {
@@ -32,15 +29,12 @@ std::string textIn(const PropertyList::Dictionary &values, std::string_view key)
 
 } // namespace
 
-AppInfo AppInfo::load(std::span<const std::filesystem::path> folders, Console &console)
+AppInfo AppInfo::of(const Deployment &deployment)
 {
     AppInfo info;
-    const PropertyList::Dictionary values = readDeploymentFile(folders, infoFileName, console);
     for (const InfoRow &row : infoRows)
-        info.*row.field = textIn(values, row.key);
-    if (!folders.empty())
-        info.shortVersion =
-            textIn(readDeploymentFile(folders.subspan(1), infoFileName, console), shortVersionKey);
+        info.*row.field = textIn(deployment.info, row.key);
+    info.shortVersion = textIn(deployment.ownInfo, shortVersionKey);
     return info;
 }
 

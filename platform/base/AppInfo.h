@@ -1,9 +1,7 @@
 #pragma once
 
-#include "platform/base/Console.h"
+#include "platform/base/Deployment.h"
 
-#include <filesystem>
-#include <span>
 #include <string>
 
 namespace skyflare {
@@ -20,8 +18,7 @@ struct AppInfo {
     std::string storePage;       ///< "SkyflareStorePage": the address that "Update" opens
     std::string supportAddress;  ///< "SkyflareSupportAddress": an e-mail address
 
-    /// @param folders  the deployer's first, then those of the program
-    static AppInfo load(std::span<const std::filesystem::path> folders, Console &console);
+    static AppInfo of(const Deployment &deployment);
 };
 
 } // namespace skyflare

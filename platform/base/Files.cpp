@@ -26,7 +26,10 @@ Error fileError(std::string_view what, const fs::path &path, int code)
 /// An open file, closed when this ends.
 class Descriptor {
 public:
-    Descriptor(const fs::path &path, int flags) : number_(::open(path.c_str(), flags | O_CLOEXEC, 0666)) {}
+    Descriptor(const fs::path &path, int flags, FileReaders readers = FileReaders::Usual)
+        : number_(::open(path.c_str(), flags | O_CLOEXEC, readers == FileReaders::Usual ? 0666 : 0600))
+    {
+    }
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
     ~Descriptor()
@@ -65,9 +68,10 @@ bool writeAll(int number, std::span<const std::uint8_t> bytes)
 }
 
 /// Writes a new file, and waits until the disk has it. Leaves nothing behind when it fails.
-Result<> writeNew(const fs::path &path, std::span<const std::uint8_t> bytes, Durability durability)
+Result<> writeNew(const fs::path &path, std::span<const std::uint8_t> bytes, Durability durability,
+                  FileReaders readers)
 {
-    Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL);
+    Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL, readers);
     if (!file.isOpen())
         return fileError("cannot create", path, errno);
     const auto isSafe = [&] { return durability == Durability::None || ::fsync(file.number()) == 0; };
@@ -120,7 +124,8 @@ Result<Bytes> readFile(const fs::path &path)
     return bytes;
 }
 
-Result<> replaceFile(const fs::path &path, std::span<const std::uint8_t> bytes, Durability durability)
+Result<> replaceFile(const fs::path &path, std::span<const std::uint8_t> bytes, Durability durability,
+                     FileReaders readers)
 {
     const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
     std::error_code failure;
@@ -130,7 +135,7 @@ Result<> replaceFile(const fs::path &path, std::span<const std::uint8_t> bytes, 
 
     const fs::path temporary = temporaryName(folder);
     ::unlink(temporary.c_str()); // of a killed process that had our number
-    if (auto written = writeNew(temporary, bytes, durability); !written)
+    if (auto written = writeNew(temporary, bytes, durability, readers); !written)
         return written;
     if (::rename(temporary.c_str(), path.c_str()) != 0) {
         const int code = errno;

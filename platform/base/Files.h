@@ -12,6 +12,7 @@ namespace skyflare {
 Result<Bytes> readFile(const std::filesystem::path &path);
 
 enum class Durability { Synced, None };
+enum class FileReaders { Usual, Owner }; ///< who may read it: as the user's mask says, or its user alone
 
 /// Puts `bytes` at `path` so that a crash at any moment leaves the old file or the new one, whole:
 /// a temporary name in the same folder, synced, renamed, the folder synced. Makes missing folders.
@@ -19,6 +20,6 @@ enum class Durability { Synced, None };
 /// what
 ///                    can be made again.
 Result<> replaceFile(const std::filesystem::path &path, std::span<const std::uint8_t> bytes,
-                     Durability durability = Durability::Synced);
+                     Durability durability = Durability::Synced, FileReaders readers = FileReaders::Usual);
 
 } // namespace skyflare

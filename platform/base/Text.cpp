@@ -110,6 +110,20 @@ std::string validUtf8(std::string_view text)
     return valid;
 }
 
+bool isValidUtf8(std::string_view text)
+{
+    const auto isAscii = [](char each) { return static_cast<signed char>(each) > 0; };
+    for (;;) {
+        text.remove_prefix(static_cast<std::size_t>(std::ranges::find_if_not(text, isAscii) - text.begin()));
+        if (text.empty())
+            return true;
+        const std::size_t length = characterOf(text).length;
+        if (length == 0)
+            return false;
+        text.remove_prefix(length);
+    }
+}
+
 std::string shortestDecimal(float number)
 {
     return shortest(number);

@@ -33,6 +33,8 @@ constexpr std::string_view withoutOuterSpace(std::string_view text)
 
 /// `text` with U+FFFD in place of every byte that is no part of UTF-8, and of every NUL.
 std::string validUtf8(std::string_view text);
+/// Whether that would change nothing. Nothing is allocated.
+bool isValidUtf8(std::string_view text);
 
 /// The text in quotation marks as it would stand in source code: valid UTF-8 without a control character, so
 /// that a line stays one line and a terminal shows what is there.

@@ -4,11 +4,6 @@
 
 namespace skyflare {
 
-FIRApp::FIRApp(std::vector<std::filesystem::path> folders, Console &console)
-    : folders_(std::move(folders)), console_(console)
-{
-}
-
 void FIRApp::registerComponent(Component start)
 {
     if (options_)
@@ -21,7 +16,7 @@ void FIRApp::configure()
 {
     if (options_)
         return;
-    options_ = FIROptions::load(folders_, console_);
+    options_ = given_;
     for (const Component &start : std::exchange(waiting_, {}))
         start(*options_);
 }

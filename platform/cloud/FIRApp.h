@@ -2,9 +2,9 @@
 
 #include "platform/cloud/FIROptions.h"
 
-#include <filesystem>
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace skyflare {
@@ -14,28 +14,27 @@ namespace skyflare {
 /// main registers what must know the options (the measurement engine, remote configuration, …); the
 /// application's delegate configures.
 ///
-/// Threads: main. Borrows the console.
+/// Threads: main.
 class FIRApp {
 public:
     using Component = std::function<void(const FIROptions &)>;
 
-    /// @param folders  where the property lists are, the one that goes before the others first
-    FIRApp(std::vector<std::filesystem::path> folders, Console &console);
+    /// @param options  what configure() will find
+    explicit FIRApp(FIROptions options) : given_(std::move(options)) {}
     FIRApp(const FIRApp &) = delete;
     FIRApp &operator=(const FIRApp &) = delete;
 
     /// `start` is called once: by configure(), in the order of registration; at once, if that has been.
     void registerComponent(Component start);
 
-    /// Reads the options and starts the components. Once; afterwards it does nothing.
+    /// Starts the components. Once; afterwards it does nothing.
     void configure();
 
     /// Nothing before configure().
     [[nodiscard]] const std::optional<FIROptions> &options() const { return options_; }
 
 private:
-    const std::vector<std::filesystem::path> folders_;
-    Console &console_;
+    const FIROptions given_;
     std::vector<Component> waiting_;
     std::optional<FIROptions> options_;
 };

@@ -1,18 +1,17 @@
 #include "platform/cloud/FIROptions.h"
 
 #include "platform/base/AppInfo.h"
-#include "platform/base/DeploymentFile.h"
 
 namespace skyflare {
 
-FIROptions FIROptions::load(std::span<const std::filesystem::path> folders, Console &console)
+FIROptions FIROptions::of(const Deployment &deployment)
 {
     FIROptions options;
-    const auto values = readDeploymentFile(folders, "MipemeService-Info.plist", console);
+    const auto &values = deployment.mipemeServiceInfo;
     if (const auto found = values.find("MIPEME_APP_ID"); found != values.end())
         if (const auto *appID = found->second.as<std::string>())
             options.appID = *appID;
-    options.remoteConfigURL = AppInfo::load(folders, console).remoteConfigURL;
+    options.remoteConfigURL = AppInfo::of(deployment).remoteConfigURL;
     return options;
 }
 

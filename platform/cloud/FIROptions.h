@@ -1,9 +1,7 @@
 #pragma once
 
-#include "platform/base/Console.h"
+#include "platform/base/Deployment.h"
 
-#include <filesystem>
-#include <span>
 #include <string>
 
 namespace skyflare {
@@ -15,8 +13,7 @@ struct FIROptions {
     std::string appID;           ///< "MIPEME_APP_ID" in MipemeService-Info.plist
     std::string remoteConfigURL; ///< "SkyflareRemoteConfigURL" in Info.plist
 
-    /// @param folders  where the property lists are, the one that goes before the others first
-    static FIROptions load(std::span<const std::filesystem::path> folders, Console &console);
+    static FIROptions of(const Deployment &deployment);
 };
 
 } // namespace skyflare

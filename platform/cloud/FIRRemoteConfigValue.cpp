@@ -1,5 +1,6 @@
 #include "platform/cloud/FIRRemoteConfigValue.h"
 
+#include "platform/base/ShallowJson.h"
 #include "platform/base/Text.h"
 
 #include <nlohmann/json.hpp>
@@ -12,23 +13,6 @@ namespace skyflare {
 namespace {
 
 using Json = nlohmann::json;
-
-/// Nothing for what is not JSON, or nested so deeply that writing it out again could end the stack.
-std::optional<Json> parseShallow(std::string_view text)
-{
-    constexpr int deepest = 16;
-    bool isTooDeep = false;
-    Json json = Json::parse(
-        text.begin(), text.end(),
-        [&](int depth, Json::parse_event_t, const Json &) {
-            isTooDeep = isTooDeep || depth > deepest;
-            return !isTooDeep;
-        },
-        false);
-    if (isTooDeep || json.is_discarded())
-        return std::nullopt;
-    return json;
-}
 
 double numberIn(std::string_view text)
 {
@@ -53,7 +37,7 @@ FIRRemoteConfigValue valueOf(const Json &json)
 
 std::optional<std::map<std::string, std::string>> FIRRemoteConfigValue::textsByKey() const
 {
-    const auto json = parseShallow(text_);
+    const auto json = parseShallowJson(text_);
     if (!json || !json->is_object())
         return std::nullopt;
     std::map<std::string, std::string> texts;
@@ -67,7 +51,7 @@ std::optional<std::map<std::string, std::string>> FIRRemoteConfigValue::textsByK
 
 Result<FIRRemoteConfigValues> parseRemoteConfig(std::string_view json)
 {
-    const auto parsed = parseShallow(json);
+    const auto parsed = parseShallowJson(json);
     if (!parsed || !parsed->is_object())
         return Error{"remote configuration", 1, "the answer is no JSON object"};
     FIRRemoteConfigValues values;

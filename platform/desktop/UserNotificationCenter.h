@@ -32,6 +32,12 @@ constexpr UNNotificationPresentationOptions operator|(UNNotificationPresentation
                                                           static_cast<unsigned>(other));
 }
 
+/// Whether `option` is one of the options.
+template <typename Options> constexpr bool contains(Options options, Options option)
+{
+    return (static_cast<unsigned>(options) & static_cast<unsigned>(option)) != 0;
+}
+
 struct UserNotification {
     std::string identifier;
     std::string title;

@@ -13,7 +13,9 @@ public:
     struct Handlers {
         /// The machine is about to sleep. It waits until `delay` has been let go of, a few seconds at most.
         std::function<void(std::shared_ptr<const void> delay)> willSleep;
-        std::function<void()> didLock;
+        std::function<void()> didWake; ///< or it does not sleep after all
+        std::function<void()> didLock; ///< also when it was locked already
+        std::function<void()> didUnlock;
     };
 
     UserSession() = default;

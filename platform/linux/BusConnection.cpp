@@ -57,6 +57,21 @@ BusAnswer answerFrom(GVariant *values, GUnixFDList *files)
     return answer;
 }
 
+/// Answers once. A call that nobody answers is let go of with the program.
+BusConnection::Reply replyTo(GDBusMethodInvocation *invocation)
+{
+    const std::shared_ptr<GDBusMethodInvocation> owned(invocation, &g_object_unref);
+    return [owned](const Result<Variant> &answer) {
+        auto *const taken =
+            static_cast<GDBusMethodInvocation *>(g_object_ref(owned.get())); // by what follows
+        if (answer)
+            g_dbus_method_invocation_return_value(taken, answer->get());
+        else
+            g_dbus_method_invocation_return_dbus_error(taken, answer.error().domain.c_str(),
+                                                       answer.error().message.c_str());
+    };
+}
+
 const char *orNull(const std::string &text)
 {
     return text.empty() ? nullptr : text.c_str();
@@ -79,6 +94,14 @@ void BusConnection::call(BusCall call, MessageBus::Answer answer)
     connect();
 }
 
+void BusConnection::announce(const BusAnnouncement &announcement)
+{
+    if (connection_)
+        g_dbus_connection_emit_signal(connection_.get(), nullptr, announcement.path.c_str(),
+                                      announcement.interface.c_str(), announcement.signal.c_str(),
+                                      announcement.values.get(), nullptr);
+}
+
 void BusConnection::subscribe(std::uint64_t id, BusSignalMatch match, MessageBus::Handler heard)
 {
     Listener &listener = listeners_[id] = {std::move(match), std::move(heard)};
@@ -88,8 +111,28 @@ void BusConnection::subscribe(std::uint64_t id, BusSignalMatch match, MessageBus
         connect();
 }
 
+void BusConnection::offer(std::uint64_t id, const BusObject &object, Asked asked)
+{
+    Offer &offer = offers_[id] = {object.path,
+                                  Description(g_dbus_node_info_new_for_xml(object.interfaces, nullptr)),
+                                  std::move(asked),
+                                  {}};
+    if (connection_)
+        publish(offer);
+    else
+        connect();
+}
+
+void BusConnection::watchLoss(std::uint64_t id, std::function<void()> lost)
+{
+    lossWatchers_[id] = std::move(lost);
+}
+
 void BusConnection::unsubscribe(std::uint64_t id)
 {
+    lossWatchers_.erase(id);
+    if (auto offered = offers_.extract(id))
+        withdraw(offered.mapped());
     const auto found = listeners_.extract(id);
     if (!found.empty() && found.mapped().registration != 0 && connection_)
         g_dbus_connection_signal_unsubscribe(connection_.get(), found.mapped().registration);
@@ -98,8 +141,10 @@ void BusConnection::unsubscribe(std::uint64_t id)
 void BusConnection::close()
 {
     g_cancellable_cancel(ending_.get());
+    lossWatchers_.clear();
     disconnect();
     listeners_.clear();
+    offers_.clear();
 }
 
 // Deliberate: where the environment names no session bus none is started. It would be without a desktop, and
@@ -152,6 +197,7 @@ void BusConnection::connected(Result<Connection> connection)
                                          " bus, and so none of its services: " + connection.error().message);
         for (auto &[call, answer] : waiting)
             deliver(std::move(answer), Error{std::string(noBus), 0, connection.error().message});
+        reportLoss();
         return;
     }
     connection_ = std::move(*connection);
@@ -161,6 +207,8 @@ void BusConnection::connected(Result<Connection> connection)
     g_signal_connect(connection_.get(), "closed", G_CALLBACK(closed), this);
     for (auto &[id, listener] : listeners_)
         listen(listener);
+    for (auto &[id, offer] : offers_)
+        publish(offer);
     for (auto &[call, answer] : waiting)
         send(call, std::move(answer));
 }
@@ -172,7 +220,16 @@ void BusConnection::disconnect()
     g_signal_handlers_disconnect_by_data(connection_.get(), this);
     for (auto &[id, listener] : listeners_)
         g_dbus_connection_signal_unsubscribe(connection_.get(), std::exchange(listener.registration, 0));
+    for (auto &[id, offer] : offers_)
+        withdraw(offer);
     connection_.reset();
+    reportLoss();
+}
+
+void BusConnection::reportLoss() const
+{
+    for (const auto &[id, lost] : lossWatchers_)
+        lost();
 }
 
 void BusConnection::send(const BusCall &call, MessageBus::Answer answer)
@@ -204,9 +261,37 @@ void BusConnection::listen(Listener &listener)
         if (g_variant_is_of_type(values, G_VARIANT_TYPE(wanted.type)) == TRUE)
             handler({path, takeVariant(g_variant_ref(values))});
     };
+    const auto flags = match.firstArgumentIs == FirstArgument::Namespace
+                           ? G_DBUS_SIGNAL_FLAGS_MATCH_ARG0_NAMESPACE
+                           : G_DBUS_SIGNAL_FLAGS_NONE;
     listener.registration = g_dbus_connection_signal_subscribe(
         connection_.get(), orNull(match.service), orNull(match.interface), orNull(match.signal),
-        orNull(match.path), orNull(match.firstArgument), G_DBUS_SIGNAL_FLAGS_NONE, heard, &listener, nullptr);
+        orNull(match.path), orNull(match.firstArgument), flags, heard, &listener, nullptr);
+}
+
+void BusConnection::publish(Offer &offer)
+{
+    const auto called =
+        +[](GDBusConnection *, const gchar *, const gchar *, const gchar *interface, const gchar *method,
+            GVariant *arguments, GDBusMethodInvocation *invocation, gpointer data) {
+            const auto &asked = static_cast<const Offer *>(data)->asked;
+            asked({interface, method, takeVariant(g_variant_ref(arguments))}, replyTo(invocation));
+        };
+    static const GDBusInterfaceVTable table{called, nullptr, nullptr, {}};
+    if (!offer.description)
+        return;
+    for (auto **interface = offer.description->interfaces; interface != nullptr && *interface != nullptr;
+         ++interface)
+        offer.registrations.push_back(g_dbus_connection_register_object(
+            connection_.get(), offer.path.c_str(), *interface, &table, &offer, nullptr, nullptr));
+}
+
+void BusConnection::withdraw(Offer &offer)
+{
+    for (const guint registration : std::exchange(offer.registrations, {})) {
+        if (registration != 0 && connection_)
+            g_dbus_connection_unregister_object(connection_.get(), registration);
+    }
 }
 
 void BusConnection::deliver(MessageBus::Answer answer, Result<BusAnswer> result) const

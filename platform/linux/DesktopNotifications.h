@@ -1,8 +1,10 @@
 #pragma once
 
+#include "platform/desktop/NotificationBoard.h"
 #include "platform/linux/MessageBus.h"
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <string>
 #include <vector>
@@ -11,41 +13,48 @@ namespace skyflare {
 
 /// Notifications through the desktop's own service, org.freedesktop.Notifications.
 ///
+/// They are put up one after the other, so that each knows the number of the one whose place it takes. Where
+/// the service does not keep up, what is too much fails.
 /// Threads: main. Shared. Borrows the bus, whose queue is main.
-class DesktopNotifications final : public std::enable_shared_from_this<DesktopNotifications> {
+class DesktopNotifications final : public NotificationBoard,
+                                   public std::enable_shared_from_this<DesktopNotifications> {
 public:
-    struct Action {
-        std::string key; ///< "default": the notification itself is chosen; it has no button
-        std::string title;
-    };
-    struct Content {
-        std::string summary;
-        std::string body; ///< plain text
-        std::vector<Action> actions;
-    };
-    using Shown = std::function<void(const Result<> &)>;
-    using Chosen = std::function<void(const std::string &key)>;
-
     /// @param desktopEntry  the name of the app's desktop file; its icon has the same
     DesktopNotifications(MessageBus &sessionBus, std::string desktopEntry)
         : bus_(sessionBus), desktopEntry_(std::move(desktopEntry))
     {
     }
 
-    /// An error where there is no such service, or none whose notifications have actions that are wanted.
-    /// @param chosen  called once at most; may be empty
-    void show(Content content, Shown shown, Chosen chosen);
+    void askWhetherThere(Shown answered) override;
+    void show(Content content, Shown shown, Chosen chosen) override;
+    void remove(const std::string &identifier) override;
 
 private:
+    using Capabilities = std::vector<std::string>;
+    struct Request {
+        Content content;
+        Shown shown;
+        Chosen chosen;
+    };
+    struct Open {
+        std::string identifier;
+        Chosen chosen;
+        std::string activationToken{}; ///< comes before the choice, where the service has them
+    };
+
     MessageBus &bus_;
     const std::string desktopEntry_;
-    std::map<std::uint32_t, Chosen> open_;
+    std::deque<Request> waiting_;        ///< the first is being put up
+    std::map<std::uint32_t, Open> open_; ///< by the service's numbers
     std::vector<MessageBus::Subscription> subscriptions_;
 
     void listen();
-    void notify(const Content &content, const std::vector<std::string> &capabilities, Shown shown,
-                Chosen chosen);
-    [[nodiscard]] Variant argumentsOf(const Content &content, const std::string &body) const;
+    void askCapabilities(std::function<void(const Result<Capabilities> &)> answered);
+    void begin();
+    void notify(const Capabilities &capabilities);
+    void finish(const Result<std::uint32_t> &id);
+    [[nodiscard]] Variant argumentsOf(const Content &content, const Capabilities &capabilities) const;
+    [[nodiscard]] std::uint32_t numberOf(const std::string &identifier) const;
     void invoked(std::uint32_t id, const std::string &key);
 };
 

@@ -27,10 +27,8 @@ void LogindSession::observe(Handlers handlers)
                                                     self->sleepChanged(sleeps == TRUE);
                                             }));
     subscriptions_.push_back(bus_.watch(logind, [weak](bool isThere) {
-        if (const auto self = weak.lock(); self && isThere) {
-            self->isAsleep_ = false;
-            self->takeDelay();
-        }
+        if (const auto self = weak.lock(); self && isThere)
+            self->didWake();
     }));
     // "auto": ours, or, for a program that a service manager has started, the one on this user's display.
     bus_.call({logind, managerPath, manager, "GetSession", takeVariant(g_variant_new("(s)", "auto")), "(o)"},
@@ -65,11 +63,15 @@ void LogindSession::takeDelay()
 void LogindSession::observeLock(const std::string &path)
 {
     const auto weak = weak_from_this();
-    subscriptions_.push_back(
-        bus_.subscribe({logind, path, session, "Lock", "()", {}}, [weak](const BusSignal & /*signal*/) {
-            if (const auto self = weak.lock())
-                self->handlers_.didLock();
-        }));
+    const auto observe = [&](const char *signal, std::function<void()> Handlers::*handler) {
+        subscriptions_.push_back(bus_.subscribe({logind, path, session, signal, "()", {}},
+                                                [weak, handler](const BusSignal & /*signal*/) {
+                                                    if (const auto self = weak.lock())
+                                                        (self->handlers_.*handler)();
+                                                }));
+    };
+    observe("Lock", &Handlers::didLock);
+    observe("Unlock", &Handlers::didUnlock);
     subscriptions_.push_back(bus_.subscribe(
         {logind, path, "org.freedesktop.DBus.Properties", "PropertiesChanged", "(sa{sv}as)", session},
         [weak](const BusSignal &signal) {
@@ -84,15 +86,22 @@ void LogindSession::sleepChanged(bool sleeps)
     if (sleeps)
         handlers_.willSleep(std::exchange(delay_, {}));
     else
-        takeDelay();
+        didWake();
+}
+
+void LogindSession::didWake()
+{
+    isAsleep_ = false;
+    takeDelay();
+    handlers_.didWake();
 }
 
 void LogindSession::propertiesChanged(const Variant &values)
 {
     const Variant changed = takeVariant(g_variant_get_child_value(values.get(), 1));
     gboolean isLocked = FALSE;
-    if (g_variant_lookup(changed.get(), "LockedHint", "b", &isLocked) == TRUE && isLocked == TRUE)
-        handlers_.didLock();
+    if (g_variant_lookup(changed.get(), "LockedHint", "b", &isLocked) == TRUE)
+        (isLocked == TRUE ? handlers_.didLock : handlers_.didUnlock)();
 }
 
 } // namespace skyflare

@@ -12,7 +12,7 @@ namespace skyflare {
 ///
 /// While it observes it has a delay lock, so that the machine asks before it sleeps; a new one after each
 /// sleep, and when logind has been started anew. Being locked is what the desktop says (LockedHint), and what
-/// it is asked for (Lock).
+/// it is asked for (Lock, Unlock).
 /// Threads: main. Shared. Borrows the bus, whose queue is main, and the console.
 class LogindSession final : public UserSession, public std::enable_shared_from_this<LogindSession> {
 public:
@@ -32,6 +32,7 @@ private:
     void takeDelay();
     void observeLock(const std::string &session);
     void sleepChanged(bool sleeps);
+    void didWake();
     void propertiesChanged(const Variant &values);
 };
 

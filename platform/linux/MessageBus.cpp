@@ -33,19 +33,29 @@ bool isMissing(const Error &error)
            error.domain.starts_with(startsWithoutEffect);
 }
 
-/// One who listens. The connection knows it weakly.
-struct MessageBus::Subscribed {
-    Handler handler;
+/// One who listens or serves. The connection knows it weakly.
+template <typename Function> struct MessageBus::Subscribed {
+    Function does;
     std::function<void()> end;
 
-    Subscribed(Handler wanted, std::function<void()> whenDone)
-        : handler(std::move(wanted)), end(std::move(whenDone))
+    Subscribed(Function wanted, std::function<void()> whenDone)
+        : does(std::move(wanted)), end(std::move(whenDone))
     {
     }
     Subscribed(const Subscribed &) = delete;
     Subscribed &operator=(const Subscribed &) = delete;
     ~Subscribed() { end(); }
 };
+
+namespace {
+
+std::uint64_t nextId()
+{
+    static std::atomic<std::uint64_t> lastId = 0;
+    return ++lastId;
+}
+
+} // namespace
 
 MessageBus::MessageBus(Kind kind, const Services &services)
     : services_(services), connection_(std::make_shared<BusConnection>(kind, services))
@@ -64,25 +74,70 @@ void MessageBus::call(BusCall call, Answer answer)
     });
 }
 
-MessageBus::Subscription MessageBus::subscribe(BusSignalMatch match, Handler handler)
+void MessageBus::announce(BusAnnouncement announcement)
 {
-    static std::atomic<std::uint64_t> lastId = 0;
-    const auto id = ++lastId;
-    const auto subscribed = std::make_shared<Subscribed>(
-        std::move(handler), [id, weak = std::weak_ptr(connection_), &thread = services_.thread] {
+    services_.thread.async([connection = connection_, announcement = std::move(announcement)] {
+        connection->announce(announcement);
+    });
+}
+
+template <typename Function>
+std::shared_ptr<MessageBus::Subscribed<Function>> MessageBus::subscribed(std::uint64_t id, Function does)
+{
+    return std::make_shared<Subscribed<Function>>(
+        std::move(does), [id, weak = std::weak_ptr(connection_), &thread = services_.thread] {
             if (auto connection = weak.lock())
                 thread.async([id, connection = std::move(connection)] { connection->unsubscribe(id); });
         });
+}
+
+MessageBus::Subscription MessageBus::subscribe(BusSignalMatch match, Handler handler)
+{
+    const auto id = nextId();
+    const auto listener = subscribed(id, std::move(handler));
     // On the queue it is heard by whoever still listens then.
-    auto heard = [weak = std::weak_ptr(subscribed), &queue = services_.queue](const BusSignal &signal) {
+    auto heard = [weak = std::weak_ptr(listener), &queue = services_.queue](const BusSignal &signal) {
         queue.async([weak, signal] {
             if (const auto listening = weak.lock())
-                listening->handler(signal);
+                listening->does(signal);
         });
     };
     services_.thread.async([connection = connection_, id, match = std::move(match),
                             heard = std::move(heard)] { connection->subscribe(id, match, heard); });
-    return subscribed;
+    return listener;
+}
+
+MessageBus::Subscription MessageBus::offer(BusObject object)
+{
+    const auto id = nextId();
+    const auto server = subscribed(id, std::exchange(object.serve, {}));
+    auto asked = [weak = std::weak_ptr(server), &queue = services_.queue](const BusRequest &request,
+                                                                          BusConnection::Reply reply) {
+        queue.async([weak, request, reply = std::move(reply)] {
+            if (const auto serving = weak.lock())
+                reply(serving->does(request));
+            else
+                reply(Error{"org.freedesktop.DBus.Error.UnknownObject", 0, "it is not there any more"});
+        });
+    };
+    services_.thread.async([connection = connection_, id, object = std::move(object),
+                            asked = std::move(asked)] { connection->offer(id, object, asked); });
+    return server;
+}
+
+MessageBus::Subscription MessageBus::watchLoss(std::function<void()> lost)
+{
+    const auto id = nextId();
+    const auto watcher = subscribed(id, std::move(lost));
+    auto isLost = [weak = std::weak_ptr(watcher), &queue = services_.queue] {
+        queue.async([weak] {
+            if (const auto watching = weak.lock())
+                watching->does();
+        });
+    };
+    services_.thread.async(
+        [connection = connection_, id, isLost = std::move(isLost)] { connection->watchLoss(id, isLost); });
+    return watcher;
 }
 
 MessageBus::Subscription MessageBus::watch(const std::string &service,

@@ -6,6 +6,7 @@
 #include "platform/linux/OpenFile.h"
 #include "platform/linux/PlatformThread.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -37,6 +38,10 @@ struct BusAnswer {
     std::vector<std::shared_ptr<const OpenFile>> files; ///< what an "h" in the values counts through
 };
 
+/// Whether `firstArgument` is the signal's first one, or what a name begins with that has more behind a
+/// point.
+enum class FirstArgument { Whole, Namespace };
+
 /// Which signals are wanted. Empty: any.
 struct BusSignalMatch {
     std::string service;
@@ -45,11 +50,36 @@ struct BusSignalMatch {
     std::string signal;
     const char *type = "()"; ///< of its values; another one is ignored
     std::string firstArgument;
+    FirstArgument firstArgumentIs = FirstArgument::Whole;
 };
 
 struct BusSignal {
     std::string path;
     Variant values; ///< a tuple
+};
+
+/// A signal of our own, for whoever listens.
+struct BusAnnouncement {
+    std::string path;
+    std::string interface;
+    std::string signal;
+    Variant values; ///< a tuple
+};
+
+/// A call of somebody else's to an object of ours.
+struct BusRequest {
+    std::string interface;
+    std::string method;
+    Variant arguments; ///< a tuple, as the interface says
+};
+
+/// What others may call at one path. Anything else does not exist there.
+struct BusObject {
+    std::string path;
+    const char *interfaces; ///< their description in the bus's XML
+    /// Does it, and gives the answer: a tuple as the interface says. An error's domain is its name on the
+    /// bus.
+    std::function<Result<Variant>(const BusRequest &)> serve;
 };
 
 /// Whether the service or what was asked of it does not exist here: nothing is out of order.
@@ -83,15 +113,24 @@ public:
     /// Starts the service if the bus knows how to.
     /// @param answer  comes once, after 25 s at most; the error's domain is the error's name on the bus
     void call(BusCall call, Answer answer);
+    /// Without a connection it is lost: nobody has heard of us yet.
+    void announce(BusAnnouncement announcement);
     [[nodiscard]] Subscription subscribe(BusSignalMatch match, Handler handler);
     /// Calls `changed` whenever the service comes (again) or goes, not for the present state.
     [[nodiscard]] Subscription watch(const std::string &service, std::function<void(bool isThere)> changed);
+    /// Lets others call the object, which is there before anything that is called later is done.
+    [[nodiscard]] Subscription offer(BusObject object);
+    /// Calls `lost` whenever the bus goes, or is found missing.
+    [[nodiscard]] Subscription watchLoss(std::function<void()> lost);
 
 private:
-    struct Subscribed;
+    template <typename Function> struct Subscribed;
 
     const Services services_;
     std::shared_ptr<BusConnection> connection_; ///< works on the thread
+
+    template <typename Function>
+    std::shared_ptr<Subscribed<Function>> subscribed(std::uint64_t id, Function does);
 };
 
 } // namespace skyflare

@@ -28,7 +28,7 @@ void NotificationStoreReview::requestReview()
             if (const auto self = weak.lock())
                 self->didAsk(shown);
         },
-        [weak](const std::string & /*key*/) {
+        [weak](const NotificationBoard::Answer & /*answer*/) {
             if (const auto self = weak.lock())
                 self->services_.urlOpener.openURL(self->services_.storePage);
         });

@@ -18,7 +18,7 @@ class NotificationStoreReview final : public StoreReview,
                                       public std::enable_shared_from_this<NotificationStoreReview> {
 public:
     struct Services {
-        std::shared_ptr<DesktopNotifications> notifications;
+        std::shared_ptr<NotificationBoard> notifications;
         URLOpener &urlOpener;
         Console &console;
         std::filesystem::path record; ///< made with the first question

@@ -8,8 +8,8 @@ struct _GMainContext; // NOLINT(bugprone-reserved-identifier): GLib's
 
 namespace skyflare {
 
-/// The one thread on which the program speaks with the desktop. It serves a GMainContext of its own, so that
-/// nothing depends on whose main loop the host runs, and sleeps while there is nothing to do.
+/// A thread for GLib, on one of which the program speaks with the desktop. It serves a GMainContext of its
+/// own, so that nothing depends on whose main loop the host runs, and sleeps while there is nothing to do.
 ///
 /// Threads: made and ended on main; the rest on any thread. Outlives who holds it.
 class PlatformThread {

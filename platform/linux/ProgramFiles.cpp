@@ -12,7 +12,7 @@ ProgramFiles ProgramFiles::standard()
     if (failed)
         return {.deployment = {"/etc/skyflare"}, .localization = {}};
     const fs::path folder = program.parent_path();
-    const fs::path shared = folder.parent_path() / "share" / "skyflare";
+    const fs::path shared = folder.parent_path() / "share" / program.filename();
     const fs::path beside = folder / "localization";
     return {.deployment = {"/etc/skyflare", folder, shared},
             .localization = fs::is_directory(beside, failed) ? beside : shared / "localization"};

@@ -105,7 +105,16 @@ void CameraRun::toggle()
     services_.screen.infoBar()->setHidden(!services_.screen.infoBar()->isHidden());
     services_.screen.mainButton()->setText(localized(isRunning_ ? "Stop" : "Start"));
     services_.screen.mainButton()->setSymbol(isRunning_ ? "stop" : "play");
+    keepScreenAwake();
     emit isRunningChanged();
+}
+
+/// Nobody touches it during a run, and one that goes dark ends the run.
+void CameraRun::keepScreenAwake()
+{
+    screenAwake_.reset();
+    if (isRunning_ && services_.idleInhibitor != nullptr)
+        screenAwake_ = services_.idleInhibitor->inhibit(localized("Watching the sky for fireworks"));
 }
 
 void CameraRun::addPreview()

@@ -4,6 +4,7 @@
 #include "logging/LogManager.h"
 #include "platform/desktop/CameraAuthorization.h"
 #include "platform/desktop/HapticFeedback.h"
+#include "platform/desktop/IdleInhibitor.h"
 #include "platform/desktop/URLOpener.h"
 #include "screens/main/MainOutlets.h"
 #include "screens/main/StatusLine.h"
@@ -33,6 +34,7 @@ public:
         CameraAuthorization &cameraAuthorization;
         HapticFeedback &haptics;
         URLOpener &urlOpener;
+        IdleInhibitor *idleInhibitor; ///< may be null
     };
 
     explicit CameraRun(const Services &services) : services_(services) {}
@@ -55,12 +57,14 @@ signals:
 private:
     const Services services_;
     bool isRunning_ = false;
+    IdleInhibitor::Inhibition screenAwake_; ///< while a run is on
     std::unique_ptr<PreviewLayer> previewLayer_;
 
     void requestAccess();
     void startRun();
     void stopWithWarning(std::string text);
     void toggle();
+    void keepScreenAwake();
     void addPreview();
     void setPreviewLayer(std::unique_ptr<PreviewLayer> layer);
     void showPopup(CustomPopupView::Contents contents);

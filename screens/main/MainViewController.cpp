@@ -4,6 +4,7 @@
 #include "screens/main/ForcedUpdate.h"
 #include "screens/main/LevelTitles.h"
 #include "screens/main/MainPopups.h"
+#include "ui/ApplicationNotifications.h"
 #include "ui/MainNavigationController.h"
 #include "ui/SharedObject.h"
 
@@ -66,7 +67,8 @@ MainViewController::MainViewController(const Services &services)
                                                           .logManager = logManager_,
                                                           .cameraAuthorization = services.cameraAuthorization,
                                                           .haptics = services.haptics,
-                                                          .urlOpener = services.urlOpener}))
+                                                          .urlOpener = services.urlOpener,
+                                                          .idleInhibitor = services.idleInhibitor}))
 {
     connect(run_.get(), &CameraRun::willStop, this, [this] { setFocusView(nullptr); });
     connect(run_.get(), &CameraRun::isRunningChanged, this, &MainViewController::isRunningChanged);

@@ -19,10 +19,6 @@
 
 namespace skyflare {
 
-/// Posted on main when the app is no longer before the user: hidden, minimised, locked or suspended.
-inline constexpr std::string_view applicationWillResignActiveNotification =
-    "UIApplicationWillResignActiveNotification";
-
 enum class CameraKind { Real, Simulated };
 
 /// The camera screen: the live picture, the two selectors, start and stop, the read-outs, the last photo, tap
@@ -61,6 +57,7 @@ public:
         PhotoLibrary &photoLibrary;
         HapticFeedback &haptics;
         URLOpener &urlOpener;
+        IdleInhibitor *idleInhibitor = nullptr;        ///< may be null
         std::shared_ptr<FIRRemoteConfig> remoteConfig; ///< may be empty
         AppInfo appInfo;
         Storyboard settingsStoryboard; ///< "SettingsViewController"

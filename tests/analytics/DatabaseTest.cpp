@@ -1,3 +1,4 @@
+#include "analytics/proto/BatchMessage.h"
 #include "analytics/proto/EventMessage.h"
 #include "analytics/proto/MetadataMessage.h"
 #include "analytics/proto/UserAttributeMessage.h"
@@ -20,17 +21,25 @@ Bytes bytesOf(std::string_view text)
     return {text.begin(), text.end()};
 }
 
-APMMeasurementBundle bundle(const std::string &appId, double endTimestamp, int events = 1)
+Bytes message(const std::string &appId, double endTimestamp, int events = 1)
 {
     const APMEvent event{"app", "launch", endTimestamp, 0, {}};
-    return {appId,
-            "d4",
-            1,
-            endTimestamp,
-            endTimestamp,
-            0,
-            std::vector<APMEvent>(std::size_t(events), event),
-            {{{"level", "app", 5, APMValue(2.5)}}, {.appId = appId}}};
+    return BundleMessage::encode({appId,
+                                  "d4",
+                                  1,
+                                  endTimestamp,
+                                  endTimestamp,
+                                  0,
+                                  std::vector<APMEvent>(std::size_t(events), event),
+                                  {{{"level", "app", 5, APMValue(2.5)}}, {.appId = appId}}});
+}
+
+Result<> insertBundle(APMDatabase &database, const std::string &appId, double endTimestamp, int events = 1,
+                      IsRealtime isRealtime = IsRealtime::No)
+{
+    const Bytes encoded = message(appId, endTimestamp, events);
+    const FinishedBundle bundle{appId, endTimestamp, endTimestamp, encoded};
+    return database.insertBundle(&bundle, isRealtime);
 }
 
 } // namespace
@@ -146,7 +155,12 @@ TEST_CASE_FIXTURE(DatabaseFixture, "a database of an older version keeps its row
                   "FROM raw_events") == Names{"3a5.0x1", "7b6.0-1"});
         CHECK(ask("SELECT hex(data) || ifnull(retry_count, '-') FROM queue") == Names{"01-"});
         CHECK(ask("SELECT name FROM sqlite_master WHERE name LIKE '%_old'").empty());
-        CHECK(database->rawEventsWithMetadataFingerprint(1)->events.at(1).event.name == "b");
+        Names found;
+        REQUIRE(database->rawEventsWithMetadataFingerprint(1, 9, [&](const RawEventRow &row) {
+            found.push_back(std::to_string(row.rowID) + row.name + std::to_string(row.data.size()));
+            return RawEventTable::Rows::GoOn;
+        }));
+        CHECK(found == Names{"3a3", "7b3"});
     }
 }
 
@@ -166,20 +180,28 @@ TEST_CASE_FIXTURE(DatabaseFixture, "events are kept under their metadata, and ta
     CHECK(*database->hasRealtimeRawEvents());
     CHECK(*database->nextMetadataFingerprintToProcess() == first.fingerprint);
     CHECK((*database->rawEventMetadataWithFingerprint(second.fingerprint))->app.appId == "2");
-    make("UPDATE raw_events SET data = x'ffff' WHERE name = 'd'");
-    const auto found = database->rawEventsWithMetadataFingerprint(
-        first.fingerprint, [](const APMEvent &each) { return each.name != "a"; });
-    REQUIRE(found->events.size() == 1);
-    CHECK(found->events[0].event == event("c"));
-    CHECK(found->events[0].isRealtime == IsRealtime::Yes);
-    CHECK(found->maxRowID == 4);
-    REQUIRE(database->deleteRawEventsWithMaxRowID(found->maxRowID, first.fingerprint));
-    CHECK(storedNames() == Names{"b"});
+    std::vector<RawEventRow> found;
+    REQUIRE(database->rawEventsWithMetadataFingerprint(first.fingerprint, 9, [&](const RawEventRow &row) {
+        found.push_back(row);
+        return row.name == "c" ? RawEventTable::Rows::Stop : RawEventTable::Rows::GoOn;
+    }));
+    REQUIRE(found.size() == 2);
+    CHECK(found[0].isRealtime == IsRealtime::No);
+    CHECK(found[1].isRealtime == IsRealtime::Yes);
+    CHECK(found[1].timestamp == 1'700'000'000);
+    CHECK(found[1].rowID == 3);
+    CHECK(*database->deleteRawEventsWithMaxRowID(3, first.fingerprint, 1.7e9) == 2);
+    CHECK(storedNames() == Names{"b", "d"});
+    CHECK_FALSE(*database->hasRealtimeRawEvents());
+    REQUIRE(database->deleteRawEventMetadataIfUnused(first.fingerprint));
+    CHECK(*database->rawEventMetadataWithFingerprint(first.fingerprint));
+    REQUIRE(database->deleteRawEventsWithMaxRowID(4, first.fingerprint, 1.7e9));
     REQUIRE(database->deleteUnusedRawEventsMetadata());
     CHECK_FALSE(*database->rawEventMetadataWithFingerprint(first.fingerprint));
     CHECK(*database->rawEventCount() == 1);
     CHECK(*database->nextMetadataFingerprintToProcess() == second.fingerprint);
-    REQUIRE(database->deleteRawEventsWithMaxRowID(4, second.fingerprint));
+    REQUIRE(database->deleteRawEventsWithMaxRowID(4, second.fingerprint, 1.7e9));
+    CHECK_FALSE(*database->latestRawEventTimestamp());
     CHECK_FALSE(*database->nextMetadataFingerprintToProcess());
     CHECK(*database->isRawEventsEmpty());
 }
@@ -224,8 +246,7 @@ TEST_CASE_FIXTURE(DatabaseFixture, "what is older than 28 days, or ahead by more
     for (const auto &[name, age] : {std::pair("old", 28 * day + 1), std::pair("kept", 28 * day),
                                     std::pair("ahead", -28 * day), std::pair("far ahead", -28 * day - 1)}) {
         REQUIRE(database->insertRawEvent(event(name, age), 1, IsRealtime::No));
-        const APMMeasurementBundle queued = bundle(name, 1.7e9 - age);
-        REQUIRE(database->insertBundle(&queued, IsRealtime::No));
+        REQUIRE(insertBundle(*database, "1:2", 1.7e9 - age));
     }
     const auto warnings = [&] {
         const auto lines = monitor.takeLines();
@@ -237,12 +258,18 @@ TEST_CASE_FIXTURE(DatabaseFixture, "what is older than 28 days, or ahead by more
     REQUIRE(database->maybeDeleteStaleData());
     CHECK(storedNames().size() == 4);
     config.last -= 1;
-    REQUIRE(database->maybeDeleteStaleData());
+    std::uint64_t stale = 0;
+    REQUIRE(database->maybeDeleteStaleData([&](const APMDatabase::RemovedEvents &removed) -> Result<> {
+        stale = removed.inBundles;
+        return {};
+    }));
+    CHECK(stale == 2);
     CHECK(storedNames() == Names{"kept", "ahead"});
     CHECK(*database->rawEventCount() == 2);
-    const auto left = database->queryBundlesWithCountLimit(10, 1'000'000);
+    const auto left = database->queryBundlesWithCountLimit({"1:2", 10, 1'000'000});
     REQUIRE(left->size() == 2);
-    CHECK(left->front().bundle == bundle("kept", 1.7e9 - 28 * day));
+    CHECK(left->front().message == message("1:2", 1.7e9 - 28 * day));
+    CHECK(left->front().endTimestamp == 1.7e9 - 28 * day);
     CHECK(config.last == 1.7e9);
     limits.maxQueueTime = -1;
     database->setLimits(limits);
@@ -255,48 +282,52 @@ TEST_CASE_FIXTURE(DatabaseFixture, "what is older than 28 days, or ahead by more
 TEST_CASE_FIXTURE(DatabaseFixture, "bundles wait in order, as many as fit, and count their failures")
 {
     const auto database = open();
-    const APMMeasurementBundle refused[] = {bundle("", 5), bundle("x", 0), bundle("x", NAN)};
-    const auto message = [&](const APMMeasurementBundle *each) {
-        return database->insertBundle(each, IsRealtime::No).error().message;
-    };
-    CHECK(message(nullptr) == "Failed to insert nil bundle");
-    CHECK(message(&refused[0]) == "Failed to insert bundle without App ID");
-    CHECK(message(&refused[1]) == "Failed to insert bundle without valid timestamp");
-    CHECK(message(&refused[2]) == "Failed to insert bundle without valid timestamp");
-    for (const auto &[name, events] : {std::pair("a", 100), std::pair("b", 1), std::pair("c", 1)}) {
-        const APMMeasurementBundle queued = bundle(name, 1.7e9, events);
-        REQUIRE(database->insertBundle(&queued, IsRealtime::Yes));
-    }
+    CHECK(database->insertBundle(nullptr, IsRealtime::No).error().message == "Failed to insert nil bundle");
+    CHECK(insertBundle(*database, "", 5).error().message == "Failed to insert bundle without App ID");
+    for (const double timestamp : {0.0, std::nan("")})
+        CHECK(insertBundle(*database, "x", timestamp).error().message ==
+              "Failed to insert bundle without valid timestamp");
+    CHECK_FALSE(*database->latestBundleEndTimestamp());
+    REQUIRE(insertBundle(*database, "1:2", 1.7e9, 100, IsRealtime::Yes));
+    REQUIRE(insertBundle(*database, "1:2", 1.7e9, 1));
+    REQUIRE(insertBundle(*database, "1:2", 1.7e9 - 1, 2));
     make("INSERT INTO queue (data, bundle_end_timestamp) VALUES (x'', 1), (x'1f8b', 2)"); // as an older
                                                                                           // version
-    const auto names = [&](std::int64_t countLimit, std::size_t sizeLimit) {
+    const auto counts = [&](std::int64_t countLimit, std::size_t sizeLimit) {
         Names found;
-        const auto bundles = database->queryBundlesWithCountLimit(countLimit, sizeLimit);
+        const auto bundles = database->queryBundlesWithCountLimit({"1:2", countLimit, sizeLimit});
         for (const QueuedBundle &each : *bundles)
-            found.push_back(each.bundle.appId);
+            found.push_back(std::to_string(each.mark.events));
         return found;
     };
-    const auto sizes = *database->queryBundlesWithCountLimit(3, 1'000'000);
-    const std::size_t two = sizes.at(0).size + sizes.at(1).size;
-    CHECK(names(9, two) == Names{"a", "b"});
-    CHECK(names(9, two - 1) == Names{"a"});
-    CHECK(names(9, 1) == Names{"a"});
-    CHECK(names(2, 1'000'000) == Names{"a", "b"});
+    const std::vector<Bytes> firstTwo{message("1:2", 1.7e9, 100), message("1:2", 1.7e9)};
+    const std::size_t two = BatchMessage::encode({1, std::string(32, '9'), true}, firstTwo).size();
+    CHECK(counts(9, two) == Names{"100", "1"});
+    CHECK(counts(9, two - 1) == Names{"100"});
+    CHECK(counts(9, 1) == Names{"100"});
+    CHECK(counts(2, 1'000'000) == Names{"100", "1"});
+    CHECK(counts(0, 1'000'000).empty());
     monitor.takeLines();
-    CHECK(names(9, 1'000'000) == Names{"a", "b", "c"});
+    CHECK(counts(9, 1'000'000) == Names{"100", "1", "2"});
     REQUIRE(monitor.lines.size() == 2);
     CHECK(monitor.lines[0].message ==
           "Cannot read bundle. Row id, error: 4, Cannot decompress an empty bundle data");
+    CHECK(*database->bundledEventCount() == 103);
 
     const std::vector<std::int64_t> failed{1, 4};
     REQUIRE(database->incrementRetryCounterForBundlesWithIDs(failed));
     REQUIRE(database->incrementRetryCounterForBundlesWithIDs(failed));
     CHECK(ask("SELECT '' || COALESCE(retry_count, '-') FROM queue") == Names{"2", "0", "0", "2", "-"});
     CHECK(*database->hasBundlesWithRetryCount(2));
-    CHECK(database->queryBundlesWithRowIDs(failed)->at(0).retryCount == 2);
-    REQUIRE(database->deleteBundlesWithRowIDs(failed));
+    const auto first = database->queryBundlesWithCountLimit({"1:2", 1, 0})->at(0);
+    CHECK(first.retryCount == 2);
+    CHECK(*database->hasRealtimeBundles());
+    BundleMark another = first.mark;
+    another.rowID = 2; // which has been given to another bundle meanwhile
+    CHECK(*database->deleteBundlesWithRowIDs(std::vector{first.mark, first.mark, another}) == 100);
+    CHECK_FALSE(*database->hasRealtimeBundles());
     CHECK(*database->latestBundleEndTimestamp() == 1.7e9);
-    CHECK(names(9, 1'000'000) == Names{"b", "c"});
+    CHECK(counts(9, 1'000'000) == Names{"1", "2"});
 }
 
 TEST_CASE_FIXTURE(DatabaseFixture,

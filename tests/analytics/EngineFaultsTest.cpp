@@ -214,7 +214,7 @@ TEST_CASE("while the database hangs every call returns, and the end comes in tim
     const EventTally tally = host->ledger().tally();
     CHECK(tally.count(LedgerEntry::Accepted) == 104);
     CHECK(tally.count(LedgerEntry::Abandoned) > 0);
-    CHECK(tally.balance(0, std::uint64_t(things.rows())));
+    CHECK(tally.balance({.waitingRows = things.rows()}));
 }
 
 TEST_CASE("at the end what was accepted is stored or counted, and the end is told once")
@@ -271,7 +271,7 @@ TEST_CASE("whatever call to the files fails, the next run has a sound file, and 
             UpgradedEngine engine;
             fileFaults::plan(fault, at);
             engine.live([](Told) {});
-            CHECK(engine.tally().balance(0, std::uint64_t(engine.tally().waitingRows())));
+            CHECK(engine.tally().balance({.waitingRows = engine.tally().waitingRows()}));
             CHECK(engine.end());
             if (at == 0)
                 calls = fileFaults::calls();

@@ -1,3 +1,4 @@
+#include "analytics/sessions/SessionRecord.h"
 #include "tests/analytics/EngineFixture.h"
 
 namespace skyflare {
@@ -12,12 +13,14 @@ using Texts = EngineFixture::Texts;
 
 TEST_CASE_FIXTURE(EngineFixture, "what is called before the start is recorded after it, in order")
 {
+    clock.haste = 0;
     launch();
     FIR::setDefaultEventParameters({{{"d", 1.5}, {"a", true}, {"_d", true}}});
     FIR::logEventWithName("level_up", {{"a", std::int64_t{7}}, {"_bad", true}, {"ga_bad", true}});
     analytics().logEventWithOrigin("app", "old", {}, {.timestamp = 1'699'000'000.5});
     FIR::setUserPropertyString(text("blue"), "colour");
-    FIR::logEventWithName("screen_view");
+    FIR::applicationDidBecomeActive();
+    FIR::logEventWithName("screen_view", {{"screen_class", text("Main")}});
     FIR::setDefaultEventParameters({});
     FIR::logEventWithName("level_up");
     time.advance(std::chrono::seconds(10));
@@ -27,20 +30,25 @@ TEST_CASE_FIXTURE(EngineFixture, "what is called before the start is recorded af
     options.appID = "1:2";
     start();
     CHECK(takeStored() == Texts{"auto:_f", "auto:_err _err=3 _ev=_d", "level_up a=7 _err=3 _ev=_bad d=1.5",
-                                "old a=1 d=1.5", "_vs a=1 d=1.5", "level_up"});
+                                "old a=1 d=1.5", "auto:_s _sid=1700000000 _sno=1 a=1 d=1.5",
+                                "auto:_e _et=10000 a=1 d=1.5", "_vs a=1 d=1.5 _sc=Main _si=1 _mst=1",
+                                "level_up _sc=Main _si=1"});
     const auto events = stored();
     CHECK(events[2].timestamp == 1'700'000'010);
     CHECK(events[3].timestamp == 1'699'000'000.5);
-    CHECK(status()->userAttributes ==
-          std::vector<APMUserAttribute>{{"colour", "app", 1'700'000'010, APMValue(std::string("blue"))}});
+    CHECK(
+        status()->userAttributes ==
+        std::vector<APMUserAttribute>{{"_sid", "auto", 1'700'000'010, APMValue(std::int64_t{1'700'000'000})},
+                                      {"_sno", "auto", 1'700'000'010, APMValue(std::int64_t{1})},
+                                      {"colour", "app", 1'700'000'010, APMValue(std::string("blue"))}});
     const auto under = [&](const std::string &text) {
         return number("SELECT sum(1 << raw_events.rowid) FROM raw_events JOIN raw_events_metadata "
                       "USING (metadata_fingerprint) WHERE instr(metadata, CAST('" +
                       text + "' AS BLOB))");
     };
-    CHECK(under("1:2") == 0b1111110);
-    CHECK(under(*FIR::appInstanceID()) == 0b1111110);
-    CHECK(under("blue") == 0b1100000); // from where it was set
+    CHECK(under("1:2") == 0b111111110);
+    CHECK(under(*FIR::appInstanceID()) == 0b111111110);
+    CHECK(under("blue") == 0b111100000); // from where it was set
     CHECK(count(Entry::PartsRefused) == 3);
 
     end();
@@ -50,7 +58,7 @@ TEST_CASE_FIXTURE(EngineFixture, "what is called before the start is recorded af
     CHECK(takeStored() == Texts{"stale", "level_up"});
     time.advance(std::chrono::hours(25));
     log("level_up");
-    CHECK(stored().size() == 8);
+    CHECK(stored().size() == 10);
     CHECK(count(Entry::Stale) == 1);
 }
 
@@ -180,15 +188,16 @@ TEST_CASE_FIXTURE(EngineFixture, "an event with one name too many is dropped, an
     start();
     for (int i = 0; i < 499; ++i)
         FIR::logEventWithName("e" + std::to_string(i));
-    log("screen_view");
+    FIR::applicationDidBecomeActive();
+    log("screen_view", {{"screen_class", text("Main")}});
     log("last");
     takeStored();
     log("one_more");
     log("two_more");
     log("last");
     log("two_more");
-    CHECK(takeStored() == Texts{"auto:_err _err=8 _ev=one_more", "auto:_err _err=8 _ev=two_more", "last",
-                                "auto:_err _err=16 _ev=two_more"});
+    CHECK(takeStored() == Texts{"auto:_err _err=8 _ev=one_more", "auto:_err _err=8 _ev=two_more",
+                                "last _sc=Main _si=1", "auto:_err _err=16 _ev=two_more"});
     CHECK(count(Entry::LimitedNames) == 2);
 }
 
@@ -250,6 +259,8 @@ TEST_CASE_FIXTURE(EngineFixture,
 {
     start();
     APMAnalytics &engine = analytics();
+    FIR::applicationDidBecomeActive();
+    time.runUntilIdle();
     Texts heard;
     const auto hear = [&](const std::string &who) {
         return [&heard, who](const APMEvent &event) { heard.push_back(who + " " + shown(event)); };
@@ -263,10 +274,11 @@ TEST_CASE_FIXTURE(EngineFixture,
     });
     CHECK(first != second);
     CHECK(engine.addLogEventListener({}) == 0);
-    log("screen_view", {{"_a", 1.0}});
+    log("screen_view", {{"_a", 1.0}, {"screen_class", text("M")}});
     log("_refused");
-    CHECK(heard == Texts{"interceptor screen_view _err=3 _ev=_a", "first screen_view _err=3 _ev=_a",
-                         "second screen_view _err=3 _ev=_a 1"});
+    CHECK(heard == Texts{"interceptor screen_view _err=3 _ev=_a _sc=M _si=1 _mst=1",
+                         "first screen_view _err=3 _ev=_a _sc=M _si=1 _mst=1",
+                         "second screen_view _err=3 _ev=_a _sc=M _si=1 _mst=1 2"});
     heard.clear();
     engine.removeLogEventListener(second);
     engine.removeLogEventListener(second);
@@ -274,8 +286,9 @@ TEST_CASE_FIXTURE(EngineFixture,
     engine.setLogEventInterceptor({});
     engine.notifyEventListeners({"fa", "told", 0, 0, {}});
     log("e");
-    CHECK(heard == Texts{"first past", "first fa:told", "first e"});
-    CHECK(takeStored() == Texts{"_vs _err=3 _ev=_a", "auto:_err _err=2 _ev=_refused", "past", "e"});
+    CHECK(heard == Texts{"first past _sc=M _si=1", "first fa:told", "first e _sc=M _si=1"});
+    CHECK(takeStored() == Texts{"_vs _err=3 _ev=_a _sc=M _si=1 _mst=1", "auto:_err _err=2 _ev=_refused",
+                                "past _sc=M _si=1", "e _sc=M _si=1"});
     const Texts problems = takeProblems();
     CHECK(std::ranges::count(problems, "Attempted addition of nil log event listener.") == 1);
     CHECK(std::ranges::count(problems, "Attempted removal of log event listener with invalid token.") == 1);
@@ -353,7 +366,7 @@ TEST_CASE_FIXTURE(EngineFixture, "a session's timeout is kept, and what is not d
         FIR::setSessionTimeoutInterval(seconds);
         time.runUntilIdle();
         UserDefaults kept(folder / "config" / measurementConfigFile, console);
-        CHECK(MeasurementConfig(kept).sessionTimeoutInterval() == std::max(seconds, 0.0));
+        CHECK(SessionRecord(kept).sessionTimeoutInterval() == std::max(seconds, 0.0));
     }
     FIR::sessionIDWithCompletion({});
     std::string answer;

@@ -38,8 +38,17 @@ private:
 
     std::optional<std::string> name()
     {
-        static const std::vector<std::optional<std::string>> names{
-            {}, "", "_x", "first_open", "mipeme_a", std::string(41, 'a'), "a b", "\xff\xfe", "_sid"};
+        static const std::vector<std::optional<std::string>> names{{},
+                                                                   "",
+                                                                   "_x",
+                                                                   "first_open",
+                                                                   "screen_view",
+                                                                   "extend_session",
+                                                                   "mipeme_a",
+                                                                   std::string(41, 'a'),
+                                                                   "a b",
+                                                                   "\xff\xfe",
+                                                                   "_sid"};
         return isOne(3) ? oneOf(names) : std::string(1, char('a' + below(26)));
     }
     PropertyList value(int depth = 0)
@@ -65,6 +74,7 @@ private:
     }
     void logEvent(APMAnalytics &analytics);
     void changeUser(APMAnalytics &analytics);
+    void useApp(APMAnalytics &analytics);
 };
 
 void RandomCaller::logEvent(APMAnalytics &analytics)
@@ -93,13 +103,26 @@ void RandomCaller::changeUser(APMAnalytics &analytics)
     analytics.setUserPropertyString(given, isOne(9) ? "allow_personalized_ads" : name());
 }
 
+void RandomCaller::useApp(APMAnalytics &analytics)
+{
+    if (isOne(3))
+        return analytics.applicationWillResignActive();
+    if (isOne(2))
+        return analytics.applicationDidBecomeActive();
+    if (isOne(2))
+        return analytics.setScreenName(name(), name());
+    analytics.viewDidAppear(name().value_or(""), below(3));
+}
+
 void RandomCaller::callOnce(APMAnalytics &analytics)
 {
     const std::size_t kind = below(40);
     if (kind < 28)
         logEvent(analytics);
-    else if (kind < 34)
+    else if (kind < 31)
         changeUser(analytics);
+    else if (kind < 34)
+        useApp(analytics);
     else if (kind < 36)
         analytics.setAnalyticsCollectionEnabled(!isOne(4));
     else if (kind == 36)
@@ -152,7 +175,7 @@ private:
         APMAnalytics &analytics = engine_.launch();
         while (!random_.isOne(3))
             random_.callOnce(analytics);
-        CHECK(engine_.tally().balance(random_.logged, 0));
+        CHECK(engine_.tally().balance({.eventsUnderWay = std::int64_t(random_.logged)}));
         engine_.start();
     }
     void beginAgain();
@@ -168,7 +191,7 @@ void Life::check()
     const EventTally tally = engine_.tally();
     const auto rows = isSound_ ? engine_.rows() : tally.waitingRows();
     CHECK(rows >= 0);
-    const auto balanced = tally.balance(0, std::uint64_t(rows));
+    const auto balanced = tally.balance({.waitingRows = rows});
     CHECK_MESSAGE(balanced, balanced.error().message);
     if (!isSound_)
         return;
@@ -255,7 +278,7 @@ void Life::beKilled()
 
 void Life::startFault()
 {
-    isSound_ = false;
+    const bool wasSound = std::exchange(isSound_, false);
     switch (random_.below(5)) {
     case 0:
         return fileFaults::plan(Fault::FailOnce, 1 + long(random_.below(60)));
@@ -264,6 +287,8 @@ void Life::startFault()
     case 2:
         return fileFaults::plan(Fault::ReadOnly);
     case 3:
+        if (!wasSound)
+            accepted_.reset(); // the engine may not have read what it said
         std::filesystem::remove(engine_.file);
         return;
     default:
@@ -336,7 +361,7 @@ TEST_CASE("called on many threads and closed while they call, it knows of every 
         const std::uint64_t logged = callers[0].logged + callers[1].logged + callers[2].logged;
         const EventTally tally = host->ledger().tally();
         CHECK(tally.count(LedgerEntry::Accepted) == logged);
-        const auto balanced = tally.balance(0, std::uint64_t(engine.rows()));
+        const auto balanced = tally.balance({.waitingRows = engine.rows()});
         CHECK_MESSAGE(balanced, balanced.error().message);
 
         host.reset();

@@ -88,10 +88,8 @@ TEST_CASE("a day begins at the midnight that was kept first, and starts every co
     const double nan = std::numeric_limits<double>::quiet_NaN(); // a file that somebody has edited
     defaults.setDouble(nan, "/mipeme/measurement/midnight_offset");
     config.setLastStaleDataDeletion(nan);
-    config.setSessionTimeoutInterval(-1);
     CHECK(config.midnightOffset(-120) == 7200);
     CHECK(config.lastStaleDataDeletion() == 0);
-    CHECK_FALSE(config.sessionTimeoutInterval());
 }
 
 } // namespace skyflare

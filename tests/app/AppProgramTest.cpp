@@ -2,6 +2,7 @@
 
 #include "platform/base/Files.h"
 #include "tests/app/AppFixture.h"
+#include "tests/fakes/NetworkTrace.h"
 
 #include <csignal>
 #include <fstream>
@@ -38,6 +39,19 @@ TEST_CASE_FIXTURE(Program, "a second start asks the first one, and ends; Ctrl-C 
     afterKill.waitForLine(servesItsLoop);
     afterKill.process().signal(SIGTERM);
     CHECK(afterKill.wait() == 0);
+}
+
+TEST_CASE_FIXTURE(Program, "as it is shipped the app asks nothing of any network")
+{
+    const NetworkTrace network(folder / "trace");
+    AppSetup traced = setup();
+    traced.environment = network.command();
+    DrivenApp app(traced);
+    app.waitForLine(servesItsLoop);
+    NetworkTrace::signal(app.process(), SIGINT);
+    CHECK(app.wait() == 0);
+    CHECK(network.callsOutside() == std::vector<std::string>());
+    CHECK(std::filesystem::exists(folder / "state/mipeme-app-measurement.sql"));
 }
 
 TEST_CASE_FIXTURE(Program, "a store that cannot be loaded ends the app with the reason, and stays as it was")

@@ -3,6 +3,8 @@
 #include "platform/base/Files.h"
 #include "tests/app/AppFixture.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <ctime>
 
@@ -46,12 +48,14 @@ void watchTheShow(DrivenApp &app)
 void lookAtTheNewest(DrivenApp &app, std::int64_t photos)
 {
     app.click("lastPhotoButton");
+    app.miss("mainButton"); // covered: the gallery has come
     app.readUntil("photoCountLabel", "\\(" + std::to_string(photos) + "\\)");
     const std::int64_t shown = std::min<std::int64_t>(20, photos);
     app.see("PhotoCell#" + std::to_string(shown));
     app.miss("PhotoCell#" + std::to_string(shown + 1));
     app.press("Return");
     app.see("imageContainer");
+    app.miss("PhotoCell");
 }
 
 void deleteItAndThenAll(DrivenApp &app, std::int64_t photos)
@@ -59,6 +63,7 @@ void deleteItAndThenAll(DrivenApp &app, std::int64_t photos)
     app.press("Delete");
     app.see("Are you sure you want to delete this photo?");
     app.click("Delete");
+    app.miss("imageContainer");
     app.readUntil("photoCountLabel", "\\(" + std::to_string(photos - 1) + "\\)");
     app.click("Delete All");
     app.click("Yes, Delete All");
@@ -66,6 +71,7 @@ void deleteItAndThenAll(DrivenApp &app, std::int64_t photos)
     app.miss("PhotoCell");
     app.miss("Delete All");
     app.press("Escape");
+    app.miss("photoCountLabel");
     app.see("mainButton");
     app.miss("lastPhotoButton");
 }
@@ -81,6 +87,37 @@ void checkDates(const std::filesystem::path &file, std::chrono::milliseconds tak
     std::strftime(exif, sizeof exif, "%Y:%m:%d %H:%M:%S", std::gmtime(&second));
     const Bytes bytes = readFile(file).value();
     CHECK_FALSE(std::ranges::search(bytes, std::string_view(exif)).empty());
+}
+
+/// What the engine has recorded by itself, oldest first.
+std::vector<nlohmann::json> recorded(const std::filesystem::path &folder)
+{
+    ChildProcess show({SKYFLARE_WATCH, "--data-dir", folder.string(), "--analytics-show", "--json"});
+    std::vector<nlohmann::json> events;
+    for (const std::string &line : show.readAll())
+        events.push_back(nlohmann::json::parse(line));
+    CHECK(show.wait() == 0);
+    std::erase_if(events, [](const auto &event) { return event.at("origin") != "auto"; });
+    return events;
+}
+
+/// Two launches one after the other are one session.
+void checkRecorded(const std::filesystem::path &folder)
+{
+    std::string names;
+    std::string screens;
+    for (const auto &event : recorded(folder)) {
+        names += event.at("name").get<std::string>() + ' ';
+        if (event.at("name") == "_vs")
+            screens += event.at("parameters").at("_sc").get<std::string>() + ' ';
+    }
+    CAPTURE(names);
+    CHECK(names.starts_with("_f _s _vs "));
+    CHECK(names.find("_s ", names.find("_s ") + 1) == names.npos);
+    CHECK(names.ends_with("_e ")); // told of the end
+    CHECK(screens.starts_with("MainViewController "));
+    CHECK(screens.ends_with(" PhotoListViewController PhotoDetailViewController PhotoListViewController "
+                            "MainViewController "));
 }
 
 } // namespace
@@ -115,6 +152,7 @@ TEST_CASE_FIXTURE(AppFixture, "the first evening: explained, chosen, three burst
     deleteItAndThenAll(again, caught);
     CHECK(storedPhotos() == 0);
     end(again);
+    checkRecorded(folder.path());
 }
 
 TEST_CASE_FIXTURE(AppFixture, "what is switched in the settings, in any language, holds after a restart too")

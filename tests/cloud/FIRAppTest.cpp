@@ -22,6 +22,7 @@ struct DeploymentFixture {
     std::vector<std::filesystem::path> folders{folder / "etc", folder / "program"};
     RecordingConsole console;
 
+    Deployment read() { return Deployment::read(folders, console); }
     void write(const std::string &file, const std::string &content)
     {
         std::filesystem::create_directories((folder / file).parent_path());
@@ -48,7 +49,7 @@ TEST_CASE_FIXTURE(DeploymentFixture, "a deployer's Info.plist takes the place of
 {
     writeList("program/Info.plist", entry("CFBundleShortVersionString", "1.2.3") +
                                         entry("SkyflareStorePage", "https://ours.example/"));
-    AppInfo info = AppInfo::load(folders, console);
+    AppInfo info = AppInfo::of(read());
     CHECK(info.shortVersion == "1.2.3");
     CHECK(info.storePage == "https://ours.example/");
     CHECK(info.remoteConfigURL.empty());
@@ -56,7 +57,7 @@ TEST_CASE_FIXTURE(DeploymentFixture, "a deployer's Info.plist takes the place of
     writeList("etc/Info.plist", entry("CFBundleShortVersionString", "1.0") +
                                     entry("SkyflareRemoteConfigURL", "https://c.example/") +
                                     entry("SkyflareSupportAddress", "help@example.org"));
-    info = AppInfo::load(folders, console);
+    info = AppInfo::of(read());
     CHECK(info.shortVersion == "1.2.3");
     CHECK(info.storePage.empty());
     CHECK(info.remoteConfigURL == "https://c.example/");
@@ -66,11 +67,15 @@ TEST_CASE_FIXTURE(DeploymentFixture, "a deployer's Info.plist takes the place of
     write("etc/Info.plist", "<plist version=");
     writeList("program/Info.plist", "<key>CFBundleShortVersionString</key><integer>3</integer>" +
                                         entry("SkyflareStorePage", "https://ours.example/"));
-    info = AppInfo::load(folders, console);
+    info = AppInfo::of(read());
     CHECK(info.shortVersion.empty());
     CHECK(info.storePage == "https://ours.example/");
     REQUIRE(console.reports().size() == 1);
     CHECK(console.reports()[0].starts_with((folder / "etc/Info.plist").string() + " cannot be used: "));
+
+    write("program/Info.plist", "<plist version=");
+    CHECK(read().info.empty());
+    CHECK(console.reports().size() == 3); // each of the two once more
 }
 
 TEST_CASE("as it is built the app knows its version, and nobody to connect to")
@@ -78,10 +83,11 @@ TEST_CASE("as it is built the app knows its version, and nobody to connect to")
     RecordingConsole console;
     auto folders = ProgramFiles::standard().deployment;
     folders.at(0) = "/nowhere"; // whatever this machine's deployer has set up
-    const AppInfo info = AppInfo::load(folders, console);
+    const auto deployment = Deployment::read(folders, console);
+    const AppInfo info = AppInfo::of(deployment);
     CHECK(info.shortVersion.find('.') != std::string::npos);
     CHECK((info.remoteConfigURL + info.storePage + info.supportAddress).empty());
-    CHECK(FIROptions::load(folders, console).appID.empty());
+    CHECK(FIROptions::of(deployment).appID.empty());
     CHECK(console.reports().empty());
 }
 

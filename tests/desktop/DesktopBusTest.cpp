@@ -49,13 +49,15 @@ struct DelayLocks {
 struct LogindFixture : BusFixture {
     DelayLocks locks;
     std::vector<std::shared_ptr<const void>> delays;
-    int locked = 0;
+    std::string heard; ///< L(ocked), U(nlocked), W(oken)
     std::shared_ptr<LogindSession> userSession = std::make_shared<LogindSession>(system, console);
 
     void observe()
     {
         userSession->observe({.willSleep = [this](auto delay) { delays.push_back(std::move(delay)); },
-                              .didLock = [this] { ++locked; }});
+                              .didWake = [this] { heard += 'W'; },
+                              .didLock = [this] { heard += 'L'; },
+                              .didUnlock = [this] { heard += 'U'; }});
     }
     std::unique_ptr<FakeBusService> startLogind()
     {
@@ -194,13 +196,15 @@ TEST_CASE_FIXTURE(LogindFixture, "the machine waits before it sleeps until the d
     CHECK_FALSE(locks.isHeld(0));
     prepareForSleep(*running, FALSE);
     REQUIRE(main.runUntil([&] { return locks.pipes.size() == 2; }));
+    CHECK(heard == "W");
 
     running->emit("/org/freedesktop/login1/session/_31", "org.freedesktop.login1.Session", "Lock", nullptr);
-    setLockedHint(*running, FALSE);
     running->emit("/org/freedesktop/login1/session/_32", "org.freedesktop.login1.Session", "Lock", nullptr);
-    REQUIRE(main.runUntil([&] { return locked == 1; }));
     setLockedHint(*running, TRUE);
-    REQUIRE(main.runUntil([&] { return locked == 2; }));
+    setLockedHint(*running, FALSE);
+    running->emit("/org/freedesktop/login1/session/_32", "org.freedesktop.login1.Session", "Unlock", nullptr);
+    REQUIRE(main.runUntil([&] { return heard.size() == 5; }));
+    CHECK(heard == "WLLUU");
 
     running.reset();
     running = startLogind();
@@ -290,18 +294,4 @@ TEST_CASE_FIXTURE(ReviewFixture, "a review that cannot be asked for, or given, d
     CHECK(settledIsNotAsked());
     CHECK(running->count("GetCapabilities") == 1);
     CHECK(console.reports().empty());
-}
-
-TEST_CASE_FIXTURE(ReviewFixture, "a text is escaped for a service that reads markup")
-{
-    const auto bodyWith = [&](const char *capabilities) {
-        const auto running = startService(capabilities);
-        std::optional<bool> isShown;
-        shown->show({"1 < 2", "1 < 2 & 3", {}}, [&](const auto &result) { isShown = result.has_value(); },
-                    {});
-        CHECK(main.runUntil([&] { return isShown.has_value(); }));
-        return running->calls().back();
-    };
-    CHECK(bodyWith("(['body-markup'],)").find("'1 < 2', '1 &lt; 2 &amp; 3'") != std::string::npos);
-    CHECK(bodyWith("(@as [],)").find("'1 < 2', '1 < 2 & 3'") != std::string::npos);
 }

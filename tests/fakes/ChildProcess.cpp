@@ -104,6 +104,8 @@ void ChildProcess::kill()
 
 bool ChildProcess::waitForOutput(std::chrono::nanoseconds atMost) const
 {
+    if (pending_.find('\n') != pending_.npos)
+        return true;
     pollfd watched{output_, POLLIN, 0};
     const timespec limit{atMost / std::chrono::seconds(1), (atMost % std::chrono::seconds(1)).count()};
     return ppoll(&watched, 1, &limit, nullptr) > 0;

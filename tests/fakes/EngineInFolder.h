@@ -16,14 +16,18 @@
 
 namespace skyflare {
 
-/// Goes on by 20 ms whenever it is asked, so that a transaction ends before all that waits is in it.
+/// Goes on by 20 ms, or what else it is told, whenever it is asked, so that a transaction ends before all
+/// that waits is in it.
 class HastyClock final : public Clock {
 public:
     explicit HastyClock(const VirtualTime &time) : time_(time) {}
-    [[nodiscard]] double secondsSince1970() const override { return time_.secondsSince1970(); }
+    double setAheadBy = 0; ///< seconds, by whoever sets clocks
+    double haste = 0.02;   ///< seconds; 0: uptime is that of `time`
+
+    [[nodiscard]] double secondsSince1970() const override { return time_.secondsSince1970() + setAheadBy; }
     [[nodiscard]] double secondsOfUptime() const override
     {
-        return time_.secondsOfUptime() + 0.02 * ++asked_;
+        return time_.secondsOfUptime() + haste * ++asked_;
     }
 
 private:
@@ -61,16 +65,27 @@ public:
     APMRemoteConfig settings;
     LaunchSwitches switches;
     APMAnalyticsOptions options;
+    HttpTransport *transport = nullptr;
+    NetworkMonitor *network = nullptr;
+    NotificationCenter notificationCenter;
     std::filesystem::path file = folder / "state" / measurementDatabaseName;
     std::unique_ptr<AnalyticsHost> host;
 
     std::unique_ptr<AnalyticsHost> makeHost(QueueFactory &queues,
                                             APMDatabase::ExcludeFromBackup excludeFromBackup = {})
     {
-        return std::make_unique<AnalyticsHost>(
-            AnalyticsHost::Services{
-                queues, clock, console, random, std::move(excludeFromBackup), {}, settings},
-            AnalyticsHost::Places{folder / "config", folder / "state", {}}, switches, APMAppData{});
+        return std::make_unique<AnalyticsHost>(AnalyticsHost::Services{queues,
+                                                                       clock,
+                                                                       console,
+                                                                       random,
+                                                                       std::move(excludeFromBackup),
+                                                                       {},
+                                                                       settings,
+                                                                       transport,
+                                                                       network,
+                                                                       &notificationCenter},
+                                               AnalyticsHost::Places{folder / "config", folder / "state", {}},
+                                               switches, APMAppData{});
     }
     [[nodiscard]] APMAnalytics &analytics() const { return host->analytics(); }
     /// Ready to be called; what is called waits for start().
@@ -106,7 +121,7 @@ public:
     /// The ledger against the rows that are there: "balanced", or what is not.
     [[nodiscard]] std::string balance() const
     {
-        const auto balanced = tally().balance(0, std::uint64_t(rows()));
+        const auto balanced = tally().balance({0, rows(), bundledEvents()});
         return balanced ? "balanced" : balanced.error().message;
     }
 
@@ -119,6 +134,11 @@ public:
         return answer ? std::optional(*answer) : std::nullopt;
     }
     [[nodiscard]] std::int64_t rows() const { return number("SELECT count(*) FROM raw_events").value_or(0); }
+    [[nodiscard]] std::int64_t bundledEvents() const
+    {
+        const auto seen = number("SELECT count(*) FROM queue").value_or(0) > 0 ? status() : std::nullopt;
+        return seen ? seen->bundledEvents : 0;
+    }
     [[nodiscard]] std::optional<MeasurementStatus> status() const
     {
         RecordingMonitor monitor;

@@ -31,7 +31,7 @@ struct HttpServer::State {
 
     // After what the connections use, which end with it.
     asio::io_context context{1};
-    tcp::acceptor acceptor{context, tcp::endpoint(asio::ip::address_v4::loopback(), 0)};
+    tcp::acceptor acceptor{context, tcp::v4()};
     std::thread thread;
 
     bool waitUntil(const std::function<bool()> &holds) const
@@ -77,6 +77,7 @@ private:
     std::string input_;
     HttpServer::Request request_;
     HttpServer::Answer answer_;
+    std::size_t dripped_ = 0; ///< bytes of the answer
     std::array<char, 1> unexpected_{};
 
     void readBody(std::size_t headSize)
@@ -94,8 +95,8 @@ private:
             request_.headers[name] = withoutOuterSpace(std::string_view(line).substr(colon + 1));
         }
         input_.erase(0, headSize);
-        const std::string length = request_.headers["content-length"];
-        const std::size_t wanted = length.empty() ? 0 : std::stoul(length);
+        const auto length = request_.headers.find("content-length");
+        const std::size_t wanted = length == request_.headers.end() ? 0 : std::stoul(length->second);
         asio::async_read(socket_, asio::dynamic_buffer(input_),
                          asio::transfer_exactly(wanted - std::min(wanted, input_.size())),
                          [self = shared_from_this()](asio::error_code failed, std::size_t) {
@@ -113,11 +114,29 @@ private:
             state_.requests.push_back(request_);
             state_.changed.notify_all();
         }
+        if (answer_.drip.count() > 0)
+            return dripNext();
         asio::async_write(socket_, asio::buffer(answer_.bytes),
                           [self = shared_from_this()](asio::error_code failed, std::size_t) {
                               if (!failed)
                                   self->goOn();
                           });
+    }
+
+    void dripNext()
+    {
+        if (dripped_ == answer_.bytes.size())
+            return goOn();
+        timer_.expires_after(answer_.drip);
+        timer_.async_wait([self = shared_from_this()](asio::error_code failed) {
+            if (failed)
+                return;
+            asio::async_write(self->socket_, asio::buffer(&self->answer_.bytes[self->dripped_++], 1),
+                              [self](asio::error_code broken, std::size_t) {
+                                  if (!broken)
+                                      self->dripNext();
+                              });
+        });
     }
 
     void goOn()
@@ -126,6 +145,10 @@ private:
             repeat();
         else if (answer_.then == HttpServer::Then::StayOpen)
             waitForHangUp();
+        else if (answer_.then == HttpServer::Then::Reset) {
+            asio::error_code failed;
+            socket_.set_option(asio::socket_base::linger(true, 0), failed);
+        }
     }
 
     void repeat()
@@ -161,8 +184,16 @@ void acceptNext(HttpServer::State &state)
 
 } // namespace
 
-HttpServer::HttpServer(Handler handler) : state_(std::make_shared<State>(std::move(handler)))
+HttpServer::HttpServer(Handler handler, Begins begins) : state_(std::make_shared<State>(std::move(handler)))
 {
+    state_->acceptor.bind({asio::ip::address_v4::loopback(), 0});
+    if (begins == Begins::Listening)
+        listen();
+}
+
+void HttpServer::listen()
+{
+    state_->acceptor.listen();
     acceptNext(*state_);
     state_->thread = std::thread([state = state_.get()] { state->context.run(); });
 }
@@ -170,7 +201,8 @@ HttpServer::HttpServer(Handler handler) : state_(std::make_shared<State>(std::mo
 HttpServer::~HttpServer()
 {
     state_->context.stop();
-    state_->thread.join();
+    if (state_->thread.joinable())
+        state_->thread.join();
 }
 
 HttpServer::Answer HttpServer::answer(int status, const std::string &body, const std::string &headers)

@@ -21,22 +21,28 @@ public:
         std::string body;
     };
 
-    enum class Then { Close, StayOpen };
+    enum class Then { Close, StayOpen, Reset };
 
     struct Answer {
         std::string bytes; ///< as they go out: status line, headers, body; or anything else
         Then then = Then::Close;
         std::string repeated = {};          ///< sent after that, on and on, until the client has gone
         std::chrono::milliseconds pause{0}; ///< before each time
+        std::chrono::milliseconds drip{0};  ///< before each byte of `bytes`; 0: they go out together
     };
 
     using Handler = std::function<Answer(const Request &)>;
 
-    explicit HttpServer(Handler handler);
+    enum class Begins { Listening, Refusing };
+
+    /// @param begins  with Refusing it has its port, and refuses connections, until listen()
+    explicit HttpServer(Handler handler, Begins begins = Begins::Listening);
     HttpServer(const HttpServer &) = delete;
     HttpServer &operator=(const HttpServer &) = delete;
     /// Hangs up on everybody.
     ~HttpServer();
+
+    void listen();
 
     /// A whole answer. @param headers  each with its line end
     static Answer answer(int status, const std::string &body, const std::string &headers = {});

@@ -13,7 +13,8 @@ PrivateBus::PrivateBus()
 {
     const std::string file = (folder_ / "bus.conf").string();
     folder_.write("bus.conf", "<busconfig><type>session</type><listen>unix:dir=" + folder_.path().string() +
-                                  "</listen><auth>EXTERNAL</auth><policy context='default'>"
+                                  "</listen><servicedir>" + (folder_ / "services").string() +
+                                  "</servicedir><auth>EXTERNAL</auth><policy context='default'>"
                                   "<allow send_destination='*'/><allow receive_sender='*'/>"
                                   "<allow own='*'/></policy></busconfig>");
     daemon_ = std::make_unique<ChildProcess>(
@@ -21,6 +22,12 @@ PrivateBus::PrivateBus()
     address_ = daemon_->readLine().value_or("");
     setenv("DBUS_SESSION_BUS_ADDRESS", address_.c_str(), 1);
     setenv("DBUS_SYSTEM_BUS_ADDRESS", address_.c_str(), 1);
+}
+
+void PrivateBus::addService(const std::string &name, const std::string &command) const
+{
+    folder_.write("services/" + name + ".service",
+                  "[D-BUS Service]\nName=" + name + "\nExec=" + command + "\n");
 }
 
 FakeBusService::FakeBusService(const PrivateBus &bus, const std::string &name, PumpedQueue &queue)
@@ -60,6 +67,16 @@ void FakeBusService::emit(const std::string &path, const std::string &interface,
 {
     g_dbus_connection_emit_signal(connection_, nullptr, path.c_str(), interface.c_str(), signal.c_str(),
                                   values, nullptr);
+}
+
+void FakeBusService::send(const std::string &service, const std::string &path, const std::string &interface,
+                          const std::string &method, _GVariant *arguments) const
+{
+    g_dbus_connection_call(connection_, service.c_str(), path.c_str(), interface.c_str(), method.c_str(),
+                           arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+    g_variant_unref(g_dbus_connection_call_sync(connection_, "org.freedesktop.DBus", "/",
+                                                "org.freedesktop.DBus", "GetId", nullptr, nullptr,
+                                                G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
 }
 
 std::size_t FakeBusService::count(const std::string &method) const

@@ -26,6 +26,9 @@ public:
     [[nodiscard]] const std::string &address() const { return address_; }
     /// The bus is gone, and its address leads nowhere.
     void kill() { daemon_->kill(); }
+    /// From when it reads its configuration again it starts the command, in words without blanks, for that
+    /// name.
+    void addService(const std::string &name, const std::string &command) const;
 
 private:
     const TemporaryFolder folder_;
@@ -55,6 +58,9 @@ public:
     void on(const std::string &method, Method does) { methods_[method] = std::move(does); }
     void emit(const std::string &path, const std::string &interface, const std::string &signal,
               _GVariant *values) const;
+    /// Calls another program, which the bus has passed on when this returns; the answer is of no interest.
+    void send(const std::string &service, const std::string &path, const std::string &interface,
+              const std::string &method, _GVariant *arguments) const;
     /// "Method (arguments)" of each call of a method that exists, in order.
     [[nodiscard]] const std::vector<std::string> &calls() const { return calls_; }
     [[nodiscard]] std::size_t count(const std::string &method) const;

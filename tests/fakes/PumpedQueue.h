@@ -8,6 +8,7 @@
 #include <functional>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 namespace skyflare {
 
@@ -43,7 +44,21 @@ public:
         changed_.notify_all();
     }
     [[nodiscard]] bool sync(const Work & /*work*/) override { return false; }
-    void asyncAfter(std::chrono::nanoseconds /*delay*/, Work /*work*/) override {}
+    /// Its time comes when the test says so.
+    void asyncAfter(std::chrono::nanoseconds /*delay*/, Work work) override
+    {
+        const std::scoped_lock lock(mutex_);
+        timers_.push_back(std::move(work));
+    }
+    /// More time passes than anything has been put off for so far.
+    void passTime()
+    {
+        std::unique_lock lock(mutex_);
+        auto due = std::exchange(timers_, {});
+        lock.unlock();
+        for (Work &work : due)
+            async(std::move(work));
+    }
     [[nodiscard]] bool isCurrent() const override { return std::this_thread::get_id() == owner_; }
 
 private:
@@ -51,6 +66,7 @@ private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<Work> waiting_;
+    std::deque<Work> timers_;
 };
 
 } // namespace skyflare

@@ -3,6 +3,7 @@
 #include "platform/base/DispatchQueue.h"
 #include "platform/desktop/CameraAuthorization.h"
 #include "platform/desktop/HapticFeedback.h"
+#include "platform/desktop/IdleInhibitor.h"
 #include "platform/desktop/PhotoLibrary.h"
 #include "platform/desktop/RemoteNotifications.h"
 #include "platform/desktop/StoreReview.h"
@@ -51,6 +52,19 @@ struct RecordingHaptics final : HapticFeedback {
     std::vector<ImpactFeedbackStyle> impacts;
 
     void impactOccurred(ImpactFeedbackStyle style) override { impacts.push_back(style); }
+};
+
+struct RecordingIdleInhibitor final : IdleInhibitor {
+    std::vector<std::string> reasons;
+    std::weak_ptr<const void> newest; ///< expired: the screen may go dark
+
+    [[nodiscard]] Inhibition inhibit(const std::string &reason) override
+    {
+        reasons.push_back(reason);
+        const auto given = std::make_shared<int>();
+        newest = given;
+        return given;
+    }
 };
 
 struct RecordingStoreReview final : StoreReview {

@@ -187,6 +187,12 @@ void VirtualTime::runUntilIdle()
     state_->runAll(state_->now);
 }
 
+std::size_t VirtualTime::pendingTimers() const
+{
+    return static_cast<std::size_t>(std::ranges::count_if(
+        state_->waiting, [this](const auto &item) { return item.first.first > state_->now; }));
+}
+
 double VirtualTime::secondsSince1970() const
 {
     return state_->secondsSince1970AtStart + std::chrono::duration<double>(state_->now).count();

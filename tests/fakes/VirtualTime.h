@@ -4,6 +4,7 @@
 #include "platform/base/DispatchQueue.h"
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -29,6 +30,9 @@ public:
     void advance(std::chrono::nanoseconds duration);
     /// Runs all work that is due now, until there is none left. No time passes.
     void runUntilIdle();
+
+    /// How much waits for a later moment.
+    [[nodiscard]] std::size_t pendingTimers() const;
 
     [[nodiscard]] double secondsSince1970() const override;
     [[nodiscard]] double secondsOfUptime() const override;

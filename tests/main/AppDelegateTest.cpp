@@ -14,6 +14,7 @@
 #include <doctest/doctest.h>
 
 #include <QGuiApplication>
+#include <QTest>
 #include <thread>
 
 using namespace skyflare;
@@ -44,7 +45,7 @@ struct Delegate {
     VirtualTime time;
     RecordingNotifications notifications;
     RecordingRemoteNotifications remoteNotifications;
-    FIRApp firApp{{}, console};
+    FIRApp firApp{FIROptions{}};
     Lines steps;
     AppDelegate delegate{{.firApp = firApp,
                           .notificationCenter = notifications,
@@ -57,6 +58,17 @@ struct Delegate {
                               steps.emplace_back("screen");
                               return Sampler::storyboard().instantiateViewController("PlainView");
                           }}};
+};
+
+/// An app's activity, and what it tells.
+struct Heard {
+    NotificationCenter center;
+    std::string all;
+    NotificationCenter::Observation becomes =
+        center.addObserver("UIApplicationDidBecomeActiveNotification", [this] { all += 'A'; });
+    NotificationCenter::Observation resigns =
+        center.addObserver("UIApplicationWillResignActiveNotification", [this] { all += 'R'; });
+    AppActivity activity{center};
 };
 
 } // namespace
@@ -100,19 +112,57 @@ TEST_CASE_FIXTURE(Delegate, "the container is made on first use, once, by whiche
     CHECK(std::filesystem::exists(file));
 }
 
-TEST_CASE("the app resigns when its session is locked or sleeps, and the machine waits for the photos")
+TEST_CASE("the app is active until the first reason arises against it, and again when the last has gone")
+{
+    using Reason = AppActivity::Reason;
+    using Step = void (AppActivity::*)(Reason);
+    constexpr Step arises = &AppActivity::arises;
+    constexpr Step goes = &AppActivity::goes;
+    constexpr Step userIsHere = nullptr;
+    struct Row {
+        Step step;
+        Reason reason;
+        std::string heard; ///< A(ctive) or R(esigned) each time
+    };
+    const Row rows[] = {
+        {goes, Reason::SessionLocked, ""}, // not shown yet
+        {goes, Reason::WindowHidden, "A"},
+        {goes, Reason::WindowHidden, "A"},
+        {arises, Reason::SessionLocked, "AR"},
+        {arises, Reason::SessionLocked, "AR"},
+        {arises, Reason::MachineAsleep, "AR"},
+        {goes, Reason::SessionLocked, "AR"},
+        {goes, Reason::MachineAsleep, "ARA"},
+        {arises, Reason::OtherAppInFront, "ARAR"},
+        {arises, Reason::SessionLocked, "ARAR"},
+        {userIsHere, {}, "ARARA"},
+        {arises, Reason::ProgramEnding, "ARARAR"},
+        {arises, Reason::WindowHidden, "ARARAR"},
+        {userIsHere, {}, "ARARAR"},
+    };
+    Heard heard;
+    for (const Row &row : rows) {
+        CAPTURE(&row - rows);
+        if (row.step == userIsHere)
+            heard.activity.userIsHere();
+        else
+            (heard.activity.*row.step)(row.reason);
+        CHECK(heard.all == row.heard);
+        CHECK(heard.activity.isActive() == row.heard.ends_with('A'));
+    }
+}
+
+TEST_CASE("the app resigns while its session is locked or sleeps, and the machine waits for the photos")
 {
     struct Session final : UserSession {
         Handlers handlers;
         void observe(Handlers wanted) override { handlers = std::move(wanted); }
     } session;
-    NotificationCenter center;
-    int resigned = 0;
-    const auto observation =
-        center.addObserver("UIApplicationWillResignActiveNotification", [&] { ++resigned; });
+    Heard heard;
+    heard.activity.goes(AppActivity::Reason::WindowHidden);
     std::shared_ptr<const void> kept;
-    auto activity = std::make_shared<SessionActivity>(center, [&](std::shared_ptr<const void> delay) {
-        CHECK(resigned == 1); // what the run still takes counts, too
+    auto activity = std::make_shared<SessionActivity>(heard.activity, [&](std::shared_ptr<const void> delay) {
+        CHECK(heard.all == "AR"); // what the run still takes counts, too
         kept = std::move(delay);
     });
     activity->observe(session);
@@ -120,31 +170,44 @@ TEST_CASE("the app resigns when its session is locked or sleeps, and the machine
     session.handlers.willSleep(delay);
     CHECK(kept == delay);
     session.handlers.didLock();
-    CHECK(resigned == 2);
+    session.handlers.didWake();
+    CHECK(heard.all == "AR");
+    session.handlers.didUnlock();
+    CHECK(heard.all == "ARA");
     activity.reset();
     session.handlers.didLock();
-    CHECK(resigned == 2);
+    CHECK(heard.all == "ARA");
 }
 
-TEST_CASE("the app resigns when its window is away, on a phone also when another app is before it")
+TEST_CASE("the app resigns while its window is away, on a phone also while another app is before it")
 {
-    NotificationCenter center;
-    int resigned = 0;
-    const auto observation =
-        center.addObserver("UIApplicationWillResignActiveNotification", [&] { ++resigned; });
+    Heard heard;
     Window window;
-    const WindowActivity activity(window.quickWindow(), center, WindowActivity::Shell::Desktop);
+    const WindowActivity activity(window.quickWindow(), heard.activity, WindowActivity::Shell::Desktop);
+    CHECK(heard.all.empty());
     window.makeKeyAndVisible();
-    CHECK(resigned == 0);
+    CHECK(heard.all == "A");
     window.quickWindow().hide();
-    CHECK(resigned == 1);
     window.quickWindow().showMinimized();
-    CHECK(resigned == 2);
+    CHECK(heard.all == "AR");
+    window.quickWindow().showNormal();
+    CHECK(heard.all == "ARA");
     emit qGuiApp->applicationStateChanged(Qt::ApplicationInactive); // the keyboard is elsewhere
-    CHECK(resigned == 2);
-    const WindowActivity onPhone(window.quickWindow(), center, WindowActivity::Shell::Phone);
+    CHECK(heard.all == "ARA");
+
+    Heard onPhone;
+    const WindowActivity phone(window.quickWindow(), onPhone.activity, WindowActivity::Shell::Phone);
+    CHECK(onPhone.all == "A"); // the window is there already
     emit qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
-    CHECK(resigned == 3);
+    CHECK(onPhone.all == "AR");
+    emit qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+    CHECK(onPhone.all == "ARA");
+
+    QCoreApplication::processEvents(); // what the window system has still to say
+    heard.all.clear();
+    heard.activity.arises(AppActivity::Reason::SessionLocked); // by a locker that never says when it has gone
+    QTest::keyClick(&window.quickWindow(), Qt::Key_Space);
+    CHECK(heard.all == "RA");
 
     CHECK(WindowActivity::shellFor("Phosh:GNOME", nullptr) == WindowActivity::Shell::Phone);
     CHECK(WindowActivity::shellFor("KDE", "phone:handset") == WindowActivity::Shell::Phone);

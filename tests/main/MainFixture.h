@@ -36,6 +36,7 @@ struct MainFixture {
     FakeCameraAuthorization authorization;
     FakePhotoLibrary library;
     RecordingHaptics haptics;
+    RecordingIdleInhibitor idleInhibitor;
     RecordingURLOpener opener;
     RecordingStoreReview review;
     FakeHttpTransport network;
@@ -63,6 +64,7 @@ struct MainFixture {
                                      .photoLibrary = library,
                                      .haptics = haptics,
                                      .urlOpener = opener,
+                                     .idleInhibitor = &idleInhibitor,
                                      .remoteConfig = remoteConfig,
                                      .appInfo = {.shortVersion = "1.10",
                                                  .remoteConfigURL = {},

@@ -14,6 +14,7 @@ TEST_CASE_FIXTURE(MainFixture, "a run starts and stops with the main button")
     CHECK(screen->infoBar()->isHidden());
     CHECK(screen->previewLayer() != nullptr);
     CHECK(events() == Lines{"start_capture"});
+    CHECK_FALSE(idleInhibitor.newest.expired());
     time.runUntilIdle();
     CHECK(session().isRunning());
 
@@ -27,11 +28,14 @@ TEST_CASE_FIXTURE(MainFixture, "a run starts and stops with the main button")
     CHECK_FALSE(screen->captureManager().runningStatus());
     CHECK_FALSE(screen->infoBar()->isHidden());
     CHECK(screen->previewLayer() == nullptr);
+    CHECK(idleInhibitor.newest.expired());
 
     screen->mainButtonTapped();
+    CHECK(idleInhibitor.reasons == Lines(2, "Watching the sky for fireworks"));
     notifications.postNotificationName("UIApplicationWillResignActiveNotification");
     notifications.postNotificationName("UIApplicationWillResignActiveNotification");
     CHECK(events() == Lines{"start_capture", "stop_capture", "start_capture", "stop_capture"});
+    CHECK(idleInhibitor.newest.expired());
 }
 
 TEST_CASE_FIXTURE(MainFixture, "a run needs the permission to use the camera")
@@ -119,6 +123,7 @@ TEST_CASE_FIXTURE(MainFixture, "a lost camera ends the run and says so, and the 
     tell(SessionEvent::Kind::Lost);
     CHECK_FALSE(screen->isRunning());
     CHECK(events() == Lines{"stop_capture"});
+    CHECK(idleInhibitor.newest.expired());
     CHECK(console.reports() == Lines{"it broke"});
     const std::string gone = "The camera is gone. Connect it again, then tap Start.";
     CHECK(screen->statusText()->text() == gone);

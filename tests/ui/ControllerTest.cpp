@@ -16,8 +16,14 @@ struct Screens {
     std::shared_ptr<MainNavigationController> root =
         makeShared<MainNavigationController>([this] { return sampler; });
     ScreenStack stack;
+    std::vector<std::string> appeared;
 
-    Screens() { stack.setRootViewController(root); }
+    Screens()
+    {
+        QObject::connect(&stack, &ScreenStack::screenDidAppear,
+                         [this](const ViewController &screen) { appeared.push_back(screen.className()); });
+        stack.setRootViewController(root);
+    }
 
     /// The rows as letters: E(ntered) or L(eaving), and what is top or covered.
     [[nodiscard]] std::string rows() const
@@ -81,6 +87,63 @@ TEST_CASE("a presented screen covers the one below, and goes when it is dismisse
     }
 }
 
+TEST_CASE("a screen appears when it has come, and again when what was over it has gone")
+{
+    Screens screens;
+    using Names = std::vector<std::string>;
+    CHECK(screens.appeared.empty()); // on its way
+    screens.sampler->viewDidAppear();
+    screens.sampler->viewDidAppear();
+    CHECK(screens.appeared == Names{"Sampler"});
+    screens.appeared.clear();
+
+    auto first = makeShared<PlainScreen>();
+    SUBCASE("one is presented and dismissed, and then another")
+    {
+        screens.sampler->present(first, Animated::Yes);
+        CHECK(screens.appeared.empty());
+        first->viewDidAppear();
+        CHECK(screens.appeared == Names{"PlainScreen"});
+        first->dismiss(Animated::Yes);
+        CHECK(screens.appeared.size() == 1);
+        first->viewDidDisappear();
+        CHECK(screens.appeared == Names{"PlainScreen", "Sampler"});
+        const auto next = makeShared<PlainScreen>();
+        CHECK(next->instanceID() != first->instanceID());
+        screens.sampler->present(next, Animated::No);
+        next->viewDidAppear();
+        CHECK(screens.appeared == Names{"PlainScreen", "Sampler", "PlainScreen"});
+    }
+    SUBCASE("one that goes before it has come is nothing")
+    {
+        screens.sampler->present(first, Animated::Yes);
+        first->dismiss(Animated::Yes);
+        first->viewDidDisappear();
+        CHECK(screens.appeared.empty());
+    }
+    SUBCASE("of two that go at once nothing in between is seen")
+    {
+        const auto second = makeShared<PlainScreen>();
+        screens.sampler->present(first, Animated::Yes);
+        first->viewDidAppear();
+        first->present(second, Animated::Yes);
+        second->viewDidAppear();
+        screens.appeared.clear();
+        screens.sampler->dismiss(Animated::No);
+        first->viewDidDisappear();
+        CHECK(screens.appeared.empty());
+        second->viewDidDisappear();
+        CHECK(screens.appeared == Names{"Sampler"});
+    }
+    SUBCASE("one that is pushed takes the place of the one before")
+    {
+        screens.root->pushViewController(first, Animated::Yes);
+        screens.sampler->viewDidDisappear();
+        first->viewDidAppear();
+        CHECK(screens.appeared == Names{"PlainScreen"});
+    }
+}
+
 TEST_CASE("a screen that closes itself by its own button lives until that is done")
 {
     Screens screens;
@@ -104,6 +167,8 @@ TEST_CASE("a screen that closes itself by its own button lives until that is don
     QObject::connect(&screens.stack, &ScreenStack::dataChanged, &screens.stack,
                      [&] { screen->viewDidDisappear(); });
     screen->dismissButtonTapped();
+    CHECK(screens.rows() == "here top; leaving; "); // the views are still being told
+    QCoreApplication::sendPostedEvents();
     CHECK(screens.rows() == "here top; ");
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     CHECK(isGone);

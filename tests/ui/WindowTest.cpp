@@ -206,8 +206,18 @@ TEST_CASE_FIXTURE(Shown, "a presented screen comes, takes the keyboard, and goes
 {
     const QQuickItem *below = item("main");
     const auto presented = Sampler::storyboard().instantiateViewController<Sampler>("SamplerView");
-    sampler->present(presented, Animated::Yes);
     auto &stack = window.screens();
+    std::vector<std::uint64_t> appeared;
+    QObject::connect(&stack, &ScreenStack::screenDidAppear,
+                     [&](const ViewController &screen) { appeared.push_back(screen.instanceID()); });
+    SUBCASE("animated")
+    {
+        sampler->present(presented, Animated::Yes);
+    }
+    SUBCASE("at once")
+    {
+        sampler->present(presented, Animated::No);
+    }
     const auto isCovered = [&] { return stack.data(stack.index(0), ScreenStack::IsCoveredRole).toBool(); };
     REQUIRE(comes(isCovered));
     CHECK_FALSE(below->isVisible());
@@ -217,6 +227,8 @@ TEST_CASE_FIXTURE(Shown, "a presented screen comes, takes the keyboard, and goes
     press(Qt::Key_Escape);
     REQUIRE(comes([&] { return stack.rowCount() == 1; }));
     CHECK(below->hasActiveFocus());
+    REQUIRE(comes([&] { return appeared.size() == 2; }));
+    CHECK(appeared == std::vector{presented->instanceID(), sampler->instanceID()});
 }
 
 TEST_CASE_FIXTURE(Shown, "pictures are drawn: a symbol in its colour, a photo, the live picture")

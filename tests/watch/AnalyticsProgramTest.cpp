@@ -2,6 +2,8 @@
 
 #include "platform/base/Files.h"
 #include "platform/base/PropertyList.h"
+#include "tests/fakes/HttpServer.h"
+#include "tests/fakes/NetworkTrace.h"
 #include "tests/watch/WatchFixture.h"
 
 #include <doctest/doctest.h>
@@ -45,6 +47,18 @@ struct RecordingFixture : WatchFixture {
         CHECK(status == 0);
         CHECK(process.errors().empty());
         return lines;
+    }
+
+    /// The program with a deployer's own files beside it.
+    [[nodiscard]] std::filesystem::path deploy(const PropertyList::Dictionary &info,
+                                               const std::string &appID = "") const
+    {
+        const auto program = folder / "skyflare-watch";
+        std::filesystem::copy_file(SKYFLARE_WATCH, program, std::filesystem::copy_options::skip_existing);
+        const PropertyList services = PropertyList::Dictionary{{"MIPEME_APP_ID", appID}};
+        REQUIRE(replaceFile(folder / "Info.plist", PropertyList(info).serialize()));
+        REQUIRE(replaceFile(folder / "MipemeService-Info.plist", services.serialize()));
+        return program;
     }
 
     [[nodiscard]] json status() const
@@ -126,11 +140,8 @@ TEST_CASE_FIXTURE(RecordingFixture, "a run records what it did, and shows it whe
 
 TEST_CASE_FIXTURE(RecordingFixture, "collection that a deployer has deactivated leaves no database")
 {
-    std::filesystem::copy_file(SKYFLARE_WATCH, folder / "skyflare-watch");
-    const PropertyList info = PropertyList::Dictionary{{"FIREBASE_ANALYTICS_COLLECTION_DEACTIVATED", true}};
-    REQUIRE(replaceFile(folder / "Info.plist", info.serialize()));
     auto arguments = watchShow();
-    arguments[0] = folder / "skyflare-watch";
+    arguments[0] = deploy({{"FIREBASE_ANALYTICS_COLLECTION_DEACTIVATED", true}});
     CHECK(objectsOfType(output(arguments), "photo").size() == 2);
     CHECK_FALSE(exists(measured));
     const auto status =
@@ -140,12 +151,38 @@ TEST_CASE_FIXTURE(RecordingFixture, "collection that a deployer has deactivated 
                              "is set in Info.plist") == 1);
 }
 
+TEST_CASE_FIXTURE(RecordingFixture, "a run asks nothing of any network unless the deployer names a host")
+{
+    const NetworkTrace network(folder / "trace");
+    const auto traced = [&](const PropertyList::Dictionary &info, const std::string &limit) {
+        auto arguments = network.command();
+        arguments.push_back(deploy(info, "1:2:linux:3"));
+        const auto run = command({"--camera", "simulated:64x36@30", "--sensitivity", "high", "--arm-after",
+                                  "0", "--quiet", "-FIRDebugEnabled", "--duration", limit});
+        arguments.insert(arguments.end(), run.begin() + 1, run.end());
+        return arguments;
+    };
+    output(traced({}, "2"));
+    CHECK(network.callsOutside() == std::vector<std::string>());
+    CHECK(namesOf(recorded().events).back() == "stop_capture");
+
+    const HttpServer server([](const HttpServer::Request &) { return HttpServer::answer(204, ""); });
+    const std::string host = server.url("");
+    ChildProcess sending(traced({{"MIPEME_ANALYTICS_COLLECTION_HOST", host}}, "3600"));
+    CHECK(server.waitForRequests(1));
+    NetworkTrace::signal(sending, SIGINT);
+    CHECK(sending.wait() == 0);
+    const auto calls = network.callsOutside();
+    CHECK(std::ranges::any_of(calls,
+                              [](const std::string &call) { return call.find("connect(") != call.npos; }));
+}
+
 TEST_CASE_FIXTURE(RecordingFixture,
                   "a second program beside the first watches without measuring, and says so")
 {
     // It never takes a photo, however long the second one takes.
     ChildProcess first(command({"--camera", "simulated:64x36@30", "--arm-after", "3600", "--quiet"}));
-    waitForEvents(2); // the first one of all, and the start
+    waitForEvents(3); // the first one of all, the session, and the start
     ChildProcess second(watchShow());
     CHECK(objectsOfType(second.readAll(), "photo").size() == 2);
     CHECK(second.wait() == 0);

@@ -136,6 +136,17 @@ TEST_CASE("the status says why events are recorded or not, and what does not bal
     CHECK(status.whyCollection() == "FIREBASE_ANALYTICS_COLLECTION_DEACTIVATED is set in Info.plist");
     CHECK_FALSE(status.isCollectionOn());
 
+    const auto says = [&](const char *text) { return statusText(status).find(text) != std::string::npos; };
+    CHECK(says("nothing leaves this device, because no host is set\n"));
+    status.options.collectionHost = "collect.example.org";
+    CHECK(says("nothing leaves this device, because MIPEME_APP_ID in"));
+    status.options.appID = "1:2";
+    CHECK(says("Sending:         to https://collect.example.org\n"));
+    status.options.configurationHost = "settings.example.org";
+    status.options.collectionHost = "http://collect.example.org"; // without TLS
+    CHECK(says("no event leaves this device, because MIPEME_ANALYTICS_COLLECTION_HOST in"));
+    CHECK(says("; settings are asked of settings.example.org\n"));
+
     MeasurementStatus &database = status.database.emplace();
     database.integrity = "ok";
     database.waitingEvents = 4;
@@ -148,6 +159,10 @@ TEST_CASE("the status says why events are recorded or not, and what does not bal
     CHECK(status.countsOfToday().eventsCount == 0);
     CHECK(status.balance().error().message == "rows that wait: counted 5, but there are 4");
     database.waitingEvents = 5; // one event is under way, which another program may be at
+    CHECK(status.balance());
+    database.bundledEvents = 2;
+    CHECK(status.balance().error().message == "events in bundles: counted 0, but there are 2");
+    database.ledger[std::size_t(LedgerEntry::QueueFound)] = 2;
     CHECK(status.balance());
     auto &failed = database.ledger[std::size_t(LedgerEntry::Failed)];
     failed = 2; // one end too many
