@@ -3,8 +3,7 @@
 #include "app/ApplicationId.h"
 #include "platform/base/MainLoop.h"
 #include "platform/base/StandardConsole.h"
-#include "platform/linux/DesktopNotifications.h"
-#include "platform/linux/PortalNotifications.h"
+#include "platform/linux/NotificationBoards.h"
 #include "platform/linux/Sandbox.h"
 #include "platform/linux/SystemRandom.h"
 #include "platform/linux/TerminationSignals.h"
@@ -13,19 +12,6 @@
 #include <cstdlib>
 
 namespace skyflare {
-
-namespace {
-
-using AfterEnd = BackgroundNotifications::AfterEnd;
-
-std::shared_ptr<NotificationBoard> makeBoard(MessageBus &sessionBus)
-{
-    if (isSandboxed())
-        return std::make_shared<PortalNotifications>(sessionBus);
-    return std::make_shared<DesktopNotifications>(sessionBus, applicationId);
-}
-
-} // namespace
 
 BackgroundPush::End runInBackground(const AppOptions &options)
 {
@@ -37,7 +23,7 @@ BackgroundPush::End runInBackground(const AppOptions &options)
     SystemRandom random;
     PlatformThread thread;
     MessageBus sessionBus(MessageBus::Kind::Session, {thread, main, console});
-    const auto board = makeBoard(sessionBus);
+    const auto board = makeNotificationBoard(sessionBus, applicationId);
     auto end = BackgroundPush::End::Done;
     const BackgroundPush push({.sessionBus = sessionBus,
                                .mainQueue = main,
@@ -46,7 +32,8 @@ BackgroundPush::End runInBackground(const AppOptions &options)
                                .stateFolder = directories.state,
                                .applicationId = applicationId,
                                .board = board,
-                               .afterEnd = isSandboxed() ? AfterEnd::Kept : AfterEnd::Forgotten,
+                               .afterEnd = isSandboxed() ? BackgroundNotifications::AfterEnd::Kept
+                                                         : BackgroundNotifications::AfterEnd::Forgotten,
                                .ended = [&](BackgroundPush::End how, const std::string &activationToken) {
                                    if (how == BackgroundPush::End::OpenApp)
                                        end = how;

@@ -2,9 +2,8 @@
 
 #include "app/ApplicationId.h"
 #include "platform/linux/ApplicationObject.h"
-#include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/DesktopURLOpener.h"
-#include "platform/linux/PortalNotifications.h"
+#include "platform/linux/NotificationBoards.h"
 #include "platform/linux/PortalURLOpener.h"
 #include "platform/linux/Sandbox.h"
 
@@ -26,13 +25,6 @@ std::unique_ptr<URLOpener> makeURLOpener(const DesktopServices::Services &servic
                                    .ownSettingsPage = services.ownSettingsPage});
 }
 
-std::shared_ptr<NotificationBoard> makeNotificationBoard(MessageBus &sessionBus)
-{
-    if (isSandboxed())
-        return std::make_shared<PortalNotifications>(sessionBus);
-    return std::make_shared<DesktopNotifications>(sessionBus, applicationId);
-}
-
 std::string storePageOf(const DesktopServices::Services &services)
 {
     return services.storePage.empty() ? std::string("appstream:") + applicationId : services.storePage;
@@ -45,7 +37,7 @@ DesktopServices::DesktopServices(const Services &services)
       systemBus_(MessageBus::Kind::System, {thread_, services.mainQueue, services.console}),
       userSession_(std::make_shared<LogindSession>(systemBus_, services.console)),
       urlOpener_(makeURLOpener(services, sessionBus_)),
-      notifications_(makeNotificationBoard(sessionBus_)),
+      notifications_(makeNotificationBoard(sessionBus_, applicationId)),
       storeReview_(std::make_shared<NotificationStoreReview>(
           NotificationStoreReview::Services{.notifications = notifications_,
                                             .urlOpener = *urlOpener_,
