@@ -7,6 +7,7 @@ With --installed in place of --build the package is taken as the system has it.
 import argparse
 import json
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -27,7 +28,8 @@ def arguments():
 def build_example(prefix, folder, asked):
     flags = f"-fsanitize={asked.sanitize}" if asked.sanitize else ""
     source = prefix / "share/doc/libskyflare-analytics-dev/examples"
-    subprocess.run(["cmake", "-S", source, "-B", folder / "example", f"-DCMAKE_PREFIX_PATH={prefix}",
+    generator = ["-G", "Ninja"] if shutil.which("ninja") else [] # not every machine has make
+    subprocess.run(["cmake", *generator, "-S", source, "-B", folder / "example", f"-DCMAKE_PREFIX_PATH={prefix}",
                     f"-DCMAKE_CXX_COMPILER={asked.compiler}", f"-DCMAKE_CXX_FLAGS={flags}"], check=True)
     subprocess.run(["cmake", "--build", folder / "example"], check=True)
     return folder / "example/log-event"
