@@ -6,6 +6,7 @@
 #include "analytics/worker/UploadStore.h"
 #include "bench/BareSqlite.h"
 #include "bench/Machine.h"
+#include "bench/StrictMonitor.h"
 #include "bench/Table.h"
 #include "bench/WorkFolder.h"
 #include "platform/linux/SystemClock.h"
@@ -23,25 +24,6 @@ namespace {
 
 constexpr std::int64_t backlog = 100'000;
 constexpr const char *appID = "1:1234567890:linux:321abc456def7890";
-
-/// Nothing that is measured may fail.
-class StrictMonitor final : public APMMonitor {
-public:
-    [[nodiscard]] bool isLogging(Level level) const override { return level != Level::Debug; }
-    void log(Level, int code, std::string_view message) override
-    {
-        if (code == 22008) // the events are of a fixed day
-            return;
-        std::fprintf(stderr, "%.*s\n", static_cast<int>(message.size()), message.data());
-        std::exit(EXIT_FAILURE);
-    }
-};
-
-class NoConfig final : public APMPersistedConfig {
-public:
-    [[nodiscard]] double lastStaleDataDeletion() const override { return 0; }
-    void setLastStaleDataDeletion(double) override {}
-};
 
 /// As the app logs a photo.
 APMEvent photo(std::int64_t number)
@@ -83,7 +65,7 @@ struct Backlog {
                                                            {monitor, clock, config, {}}, limits);
                               }}};
     EventJournal journal{{databases, monitor, clock, ledger}};
-    UploadStore store{{journal, databases, monitor, clock, ledger, random}};
+    UploadStore store{{journal, databases, monitor, clock, random}};
 
     Backlog()
     {

@@ -3,12 +3,12 @@
 #include "analytics/store/APMDatabase.h"
 #include "bench/BareSqlite.h"
 #include "bench/Machine.h"
+#include "bench/StrictMonitor.h"
 #include "bench/Table.h"
 #include "bench/WorkFolder.h"
 #include "platform/linux/SystemClock.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 
 namespace skyflare::bench {
@@ -17,23 +17,6 @@ namespace {
 
 constexpr std::int64_t fullCount = 100'000;
 constexpr int eventsATransaction = 2'000;
-
-/// Nothing that is measured may fail.
-class StrictMonitor final : public APMMonitor {
-public:
-    [[nodiscard]] bool isLogging(Level level) const override { return level != Level::Debug; }
-    void log(Level, int, std::string_view message) override
-    {
-        std::fprintf(stderr, "%.*s\n", static_cast<int>(message.size()), message.data());
-        std::exit(EXIT_FAILURE);
-    }
-};
-
-class NoConfig final : public APMPersistedConfig {
-public:
-    [[nodiscard]] double lastStaleDataDeletion() const override { return 0; }
-    void setLastStaleDataDeletion(double) override {}
-};
 
 APMEvent event(std::int64_t number)
 {

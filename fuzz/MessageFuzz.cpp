@@ -30,8 +30,13 @@ void checkBatch(std::span<const std::uint8_t> bytes)
 {
     const auto batch = BatchMessage::decode(bytes);
     const auto counts = BatchMessage::count(bytes);
-    if (batch)
-        require(counts && counts->bundles == batch->bundles.size(), "every bundle that is read was counted");
+    if (!batch || !counts)
+        return;
+    std::size_t events = 0;
+    for (const APMMeasurementBundle &bundle : batch->bundles)
+        events += bundle.events.size();
+    require(counts->bundles == batch->bundles.size() && counts->events == events,
+            "every bundle and every event that is read was counted");
 }
 
 /// A row that may go into a bundle as it is can be read there; what a queue is told of a bundle is what is in

@@ -25,7 +25,6 @@ public:
     /// @param due  seconds of uptime
     void set(double due);
     void cancel();
-    [[nodiscard]] bool isSet() const { return due_.has_value(); }
     /// Seconds of uptime; nothing: it is not set.
     [[nodiscard]] std::optional<double> due() const { return due_; }
     /// Rings if the moment has passed: for after the machine has slept, which timers do not notice.

@@ -53,11 +53,14 @@ inline constexpr std::size_t failureCodeCount = 15;
 /// Four equations hold at every moment when the engine rests:
 ///
 ///     accepted + raised == disabled + refused + limited (all four) + failed + abandoned + stored + under way
-///     found + stored    == trimmed + stale + wiped + lost + bundled + rows that wait
-///     queue found + bundled == uploaded + queue stale + queue wiped + queue lost + events in bundles that
-///     wait refused + parts refused == the sum over error codes == the sum over failure codes
 ///
-/// "Under way", "rows that wait" and "events in bundles that wait" are what is seen from outside: the
+///     found + stored == trimmed + stale + wiped + lost + bundled + rows that wait
+///
+///     queue found + bundled == uploaded + queue stale + queue wiped + queue lost + events in bundles
+///
+///     refused + parts refused == the sum over error codes == the sum over failure codes
+///
+/// "Under way", "rows that wait" and "events in bundles" are what is seen from outside: the
 /// operations that the queues hold, and what the database counts.
 ///
 /// Threads: any; a value.
@@ -67,6 +70,7 @@ struct EventTally {
     std::array<std::uint64_t, failureCodeCount> refusalsByFailure{};
 
     [[nodiscard]] std::uint64_t count(LedgerEntry entry) const { return entries[std::size_t(entry)]; }
+    void add(LedgerEntry entry, std::uint64_t events) { entries[std::size_t(entry)] += events; }
 
     // Every count, numbered: entries, then refusals by error, then those by failure.
 
@@ -80,7 +84,6 @@ struct EventTally {
     [[nodiscard]] std::int64_t underWay() const;
     /// The rows that should be waiting. Below 0 only if something is wrong.
     [[nodiscard]] std::int64_t waitingRows() const;
-
     /// The events in bundles that should be waiting. Below 0 only if something is wrong.
     [[nodiscard]] std::int64_t bundledEvents() const;
 

@@ -1,5 +1,7 @@
 #include "analytics/proto/BatchMessage.h"
 
+#include "analytics/proto/BundleMessage.h"
+#include "analytics/proto/FieldReader.h"
 #include "analytics/proto/MessageParts.h"
 
 namespace skyflare {
@@ -9,28 +11,6 @@ namespace {
 bool writeEncoded(pb_ostream_t *stream, const Bytes &message)
 {
     return pb_encode_string(stream, message.data(), message.size());
-}
-
-/// Goes through the fields of a message. @param visit  reads the field that has that number, or skips it
-template <typename Visit> bool visitFields(pb_istream_t *stream, const Visit &visit)
-{
-    for (;;) {
-        pb_wire_type_t type{};
-        std::uint32_t number = 0;
-        bool isAtEnd = false;
-        if (!pb_decode_tag(stream, &type, &number, &isAtEnd))
-            return isAtEnd;
-        if (!visit(number, type))
-            return false;
-    }
-}
-
-bool countEvents(pb_istream_t *stream, std::size_t &count)
-{
-    return visitFields(stream, [&](std::uint32_t number, pb_wire_type_t type) {
-        count += number == APMPBMeasurementBundle_events_tag ? 1 : 0;
-        return pb_skip_field(stream, type);
-    });
 }
 
 } // namespace
@@ -66,20 +46,20 @@ Result<APMMeasurementBatch> BatchMessage::decode(std::span<const std::uint8_t> b
 Result<BatchMessage::Counts> BatchMessage::count(std::span<const std::uint8_t> bytes)
 {
     Counts counts;
-    pb_istream_t batch = pb_istream_from_buffer(bytes.data(), bytes.size());
-    const bool isRead = visitFields(&batch, [&](std::uint32_t number, pb_wire_type_t type) {
-        const bool isBundle = number == APMPBMeasurementBatch_bundles_tag;
-        counts.bundles += isBundle ? 1 : 0;
-        if (!isBundle || type != PB_WT_STRING)
-            return pb_skip_field(&batch, type);
-        pb_istream_t bundle{};
-        if (!pb_make_string_substream(&batch, &bundle))
-            return false;
-        const bool isCounted = countEvents(&bundle, counts.events);
-        return pb_close_string_substream(&batch, &bundle) && isCounted;
-    });
-    if (!isRead)
-        return wire::parseError(batch);
+    FieldReader reader(bytes);
+    while (const auto field = reader.next()) {
+        if (field->number != APMPBMeasurementBatch_bundles_tag)
+            continue;
+        if (field->type != WireType::Length)
+            return FieldReader::error();
+        const auto bundle = BundleMessage::head(field->content);
+        if (!bundle)
+            return bundle.error();
+        ++counts.bundles;
+        counts.events += bundle->events;
+    }
+    if (!reader.isAtEnd())
+        return FieldReader::error();
     return counts;
 }
 

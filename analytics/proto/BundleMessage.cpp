@@ -86,11 +86,11 @@ Result<BundleMessage::Head> BundleMessage::head(std::span<const std::uint8_t> by
         else if (field->number == APMPBMeasurementBundle_end_timestamp_tag &&
                  field->type == WireType::Fixed64)
             head.endTimestamp = std::bit_cast<double>(field->value);
-        else if (field->number == APMPBMeasurementBundle_events_tag && field->type == WireType::Length)
-            ++head.events;
+        else if (field->number == APMPBMeasurementBundle_events_tag)
+            ++head.events; // of whatever type: decode() tries each
     }
     if (!reader.isAtEnd())
-        return Error{"protobuf", 3, "Unable to parse message: what follows is no field"};
+        return FieldReader::error();
     return head;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/base/Result.h"
+
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -36,6 +38,11 @@ public:
     std::optional<WireField> next();
     /// After next() had nothing: whether that was the end.
     [[nodiscard]] bool isAtEnd() const { return rest_.empty(); }
+    /// For who needs a message to its end.
+    [[nodiscard]] static Error error()
+    {
+        return {"protobuf", 3, "Unable to parse message: what follows is no field"};
+    }
 
 private:
     std::span<const std::uint8_t> rest_;

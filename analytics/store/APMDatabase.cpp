@@ -15,8 +15,9 @@ namespace {
 
 // With a log, whatever was committed is the system's to keep: a killed process loses nothing. NORMAL leaves
 // out the wait for the disk at every commit, so that a power failure may take the last transactions, but
-// never damages the file. Events are worth less than the battery and the camera's time on the disk. The commit
-// that fills the log folds it in, which does wait for the disk: every 8 MiB, as twice of that takes over 50 ms.
+// never damages the file. Events are worth less than the battery and the camera's time on the disk. The
+// commit that fills the log folds it in, which does wait for the disk: every 8 MiB, as twice of that takes
+// over 50 ms.
 constexpr const char *connectionSql = "PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 2048;"
                                       "PRAGMA journal_size_limit = 33554432; PRAGMA cache_size = -8000;";
 
@@ -284,14 +285,6 @@ Result<> APMDatabase::writeThrough()
     return store_->database()->checkpoint(Checkpoint::Passive);
 }
 
-Result<bool> APMDatabase::isTrue(const APMSqliteStore::Operation &question, const SqliteArguments &arguments)
-{
-    const auto answer = store_->integer(question, arguments);
-    if (!answer)
-        return answer.error();
-    return answer->value_or(0) != 0;
-}
-
 Result<std::int64_t> APMDatabase::numberOf(const APMSqliteStore::Operation &question,
                                            const SqliteArguments &arguments)
 {
@@ -309,7 +302,7 @@ Result<std::optional<std::int64_t>> APMDatabase::nextMetadataFingerprintToProces
 
 Result<bool> APMDatabase::hasBundlesWithRetryCount(std::int64_t retryCount)
 {
-    return isTrue(
+    return store_->isTrue(
         {"look for retried bundles", "SELECT EXISTS (SELECT 1 FROM queue WHERE retry_count = ? LIMIT 1)"},
         {retryCount});
 }

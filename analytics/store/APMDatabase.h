@@ -126,9 +126,9 @@ public:
     }
     /// Oldest first, as many as fit; the first one even if it alone does not.
     // queryBundlesWithCountLimit:sizeLimit:error:
-    Result<std::vector<QueuedBundle>> queryBundlesWithCountLimit(const BundleLimit &limit)
+    Result<std::vector<QueuedBundle>> queryBundlesWithCountLimit(const BundleQuery &query)
     {
-        return bundles_.oldest(limit);
+        return bundles_.oldest(query);
     }
     Result<> incrementRetryCounterForBundlesWithIDs(std::span<const std::int64_t> rowIDs)
     {
@@ -216,13 +216,12 @@ private:
 
     Result<> prepare();
     void ensureAllTables();
-    Result<> insertCapped(const CappedTable &table, std::string_view key);
     void ensureAllIndexes();
     void forget();
+    Result<> insertCapped(const CappedTable &table, std::string_view key);
     Result<> removeEvents(const std::function<Result<RemovedEvents>()> &block, const AlongWith &alongWith);
     Result<RemovedEvents> deleteStaleData(double now);
     Result<RemovedEvents> deleteAll();
-    Result<bool> isTrue(const APMSqliteStore::Operation &question, const SqliteArguments &arguments = {});
     Result<std::int64_t> numberOf(const APMSqliteStore::Operation &question,
                                   const SqliteArguments &arguments = {});
 };

@@ -111,6 +111,14 @@ public:
                 return {};
         }
     }
+    /// Whether the first column of the first row is a number other than 0.
+    Result<bool> isTrue(const Operation &question, const SqliteArguments &arguments = {})
+    {
+        const auto answer = integer(question, arguments);
+        if (!answer)
+            return answer.error();
+        return answer->value_or(0) != 0;
+    }
     /// The first column of the first row as a whole number, or nothing.
     Result<std::optional<std::int64_t>> integer(const Operation &operation,
                                                 const SqliteArguments &arguments = {});

@@ -12,6 +12,9 @@ namespace skyflare {
 
 namespace {
 
+/// Of rows, as SQL has it.
+constexpr std::int64_t noLimit = -1;
+
 /// Far above the largest bundle; what claims to be larger is damaged.
 constexpr std::size_t largestBundle = 256U << 20U;
 
@@ -102,24 +105,24 @@ std::optional<QueuedBundle> BundleQueue::read(const Statement &row, std::string_
 
 /// Deliberate: the oldest bundle is given whatever its size is, or it would block the queue until it is
 /// stale. Those that are passed over count for nothing.
-Result<std::vector<QueuedBundle>> BundleQueue::oldest(const BundleLimit &limit)
+Result<std::vector<QueuedBundle>> BundleQueue::oldest(const BundleQuery &query)
 {
     std::vector<QueuedBundle> bundles;
-    if (limit.mostBundles <= 0)
+    if (query.mostBundles <= 0)
         return bundles;
     std::size_t size = BatchMessage::mostBytesOfFacts;
     using Rows = APMSqliteStore::Rows;
     const auto asked = store_.forEachRow(
-        {"query bundles", "SELECT rowid, data, retry_count FROM queue ORDER BY rowid ASC LIMIT ?"},
-        {std::int64_t{-1}}, [&](const Statement &row) {
-            auto queued = read(row, limit.appId);
+        {"query bundles", "SELECT rowid, data, retry_count FROM queue ORDER BY rowid ASC LIMIT ?"}, {noLimit},
+        [&](const Statement &row) {
+            auto queued = read(row, query.appId);
             if (!queued)
                 return Rows::GoOn;
             size += BatchMessage::sizeOfBundle(queued->message.size());
-            if (size > limit.mostBytes && !bundles.empty())
+            if (size > query.mostBytes && !bundles.empty())
                 return Rows::Stop;
             bundles.push_back(*std::move(queued));
-            const bool isFull = size >= limit.mostBytes || std::ssize(bundles) == limit.mostBundles;
+            const bool isFull = size >= query.mostBytes || std::ssize(bundles) == query.mostBundles;
             return isFull ? Rows::Stop : Rows::GoOn;
         });
     if (!asked)
@@ -189,26 +192,18 @@ Result<std::uint64_t> BundleQueue::eventsIn(std::string_view sql, const SqliteAr
     return events;
 }
 
-Result<bool> BundleQueue::isTrue(const APMSqliteStore::Operation &question)
-{
-    const auto answer = store_.integer(question);
-    if (!answer)
-        return answer.error();
-    return *answer == 1;
-}
-
 Result<bool> BundleQueue::isEmpty()
 {
     return isEmpty_.get([this] {
-        return isTrue({"look for bundles", "SELECT NOT EXISTS (SELECT 1 FROM queue LIMIT 1)"});
+        return store_.isTrue({"look for bundles", "SELECT NOT EXISTS (SELECT 1 FROM queue LIMIT 1)"});
     });
 }
 
 Result<bool> BundleQueue::hasRealtime()
 {
     return hasRealtime_.get([this] {
-        return isTrue({"look for realtime bundles",
-                       "SELECT EXISTS (SELECT 1 FROM queue WHERE is_realtime = 1 LIMIT 1)"});
+        return store_.isTrue({"look for realtime bundles",
+                              "SELECT EXISTS (SELECT 1 FROM queue WHERE is_realtime = 1 LIMIT 1)"});
     });
 }
 

@@ -42,7 +42,7 @@ struct QueuedBundle {
 };
 
 /// What is asked of the queue for one batch.
-struct BundleLimit {
+struct BundleQuery {
     std::string_view appId; ///< bundles of others are passed over
     std::int64_t mostBundles = 0;
     std::size_t mostBytes = 0; ///< of the whole batch as it is sent
@@ -60,7 +60,7 @@ public:
     /// stored
     Result<> insert(const FinishedBundle *bundle, IsRealtime isRealtime, double now, double maxQueueTime);
     /// As many as fit, the first one whatever its size is. One that cannot be read is logged and passed over.
-    Result<std::vector<QueuedBundle>> oldest(const BundleLimit &limit);
+    Result<std::vector<QueuedBundle>> oldest(const BundleQuery &query);
     Result<> incrementRetryCounters(std::span<const std::int64_t> rowIDs);
     /// Those that are still there.
     /// @return how many events were in them
@@ -86,7 +86,6 @@ private:
     std::optional<QueuedBundle> read(const Statement &row, std::string_view appId) const;
     /// @param sql  asks for the data of bundles
     Result<std::uint64_t> eventsIn(std::string_view sql, const SqliteArguments &arguments = {});
-    Result<bool> isTrue(const APMSqliteStore::Operation &question);
 };
 
 } // namespace skyflare

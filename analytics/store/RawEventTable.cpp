@@ -256,22 +256,14 @@ Result<bool> RawEventTable::isEmpty()
 {
     if (const auto *const number = count_.known())
         return *number == 0;
-    const auto isEmpty =
-        store_.integer({"look for raw events", "SELECT NOT EXISTS (SELECT 1 FROM raw_events LIMIT 1)"});
-    if (!isEmpty)
-        return isEmpty.error();
-    return *isEmpty == 1;
+    return store_.isTrue({"look for raw events", "SELECT NOT EXISTS (SELECT 1 FROM raw_events LIMIT 1)"});
 }
 
 Result<bool> RawEventTable::hasRealtime()
 {
-    return hasRealtime_.get([this]() -> Result<bool> {
-        const auto found =
-            store_.integer({"look for realtime raw events",
-                            "SELECT EXISTS (SELECT 1 FROM raw_events WHERE is_realtime = 1 LIMIT 1)"});
-        if (!found)
-            return found.error();
-        return *found == 1;
+    return hasRealtime_.get([this] {
+        return store_.isTrue({"look for realtime raw events",
+                              "SELECT EXISTS (SELECT 1 FROM raw_events WHERE is_realtime = 1 LIMIT 1)"});
     });
 }
 

@@ -3,6 +3,8 @@
 #include "analytics/upload/EngineVersion.h"
 #include "platform/base/Text.h"
 
+#include <chrono>
+#include <string>
 #include <utility>
 
 namespace skyflare {
@@ -30,28 +32,34 @@ std::string percentEncoded(std::string_view text)
     return encoded;
 }
 
+std::chrono::milliseconds timeLimitIn(const APMRemoteConfig &settings)
+{
+    const std::chrono::duration<double> seconds(settings.number(APMSetting::NetworkTimeout));
+    return std::chrono::duration_cast<std::chrono::milliseconds>(seconds);
+}
+
 } // namespace
 
 HttpRequest uploadRequest(const UploadHost &host, std::string_view subdomain, Bytes body,
-                          std::chrono::milliseconds timeLimit)
+                          const APMRemoteConfig &settings)
 {
     return {.method = HttpRequest::Method::Post,
             .url = host.withSubdomain(subdomain).url("/a"),
             .headers = {{"Content-Type", "application/x-protobuf"}, {"Content-Encoding", "gzip"}},
             .body = std::move(body),
             .maximumAnswerBytes = mostAnswerBytes,
-            .timeLimit = timeLimit};
+            .timeLimit = timeLimitIn(settings)};
 }
 
 HttpRequest configurationRequest(const UploadHost &host, const APMAppData &app,
-                                 std::chrono::milliseconds timeLimit)
+                                 const APMRemoteConfig &settings)
 {
     return {.url = host.url("/config/app/" + percentEncoded(app.appId) + "?platform=" +
                             percentEncoded(app.platform) + "&gmp_version=" + percentEncoded(engineVersion()) +
                             "&runtime_version=" + percentEncoded(app.osVersion)),
             .headers = {{"Accept", "application/json"}},
             .maximumAnswerBytes = mostAnswerBytes,
-            .timeLimit = timeLimit};
+            .timeLimit = timeLimitIn(settings)};
 }
 
 } // namespace skyflare

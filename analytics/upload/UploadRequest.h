@@ -1,11 +1,10 @@
 #pragma once
 
 #include "analytics/proto/APMMetadata.h"
+#include "analytics/upload/APMRemoteConfig.h"
 #include "analytics/upload/UploadHost.h"
 #include "platform/net/HttpTransport.h"
 
-#include <chrono>
-#include <string>
 #include <string_view>
 
 namespace skyflare {
@@ -13,12 +12,12 @@ namespace skyflare {
 // The engine's two requests, as docs/wire-format.md has them. Threads: any.
 
 /// @param body  an APMPBMeasurementBatch, in gzip
-/// @param subdomain  of the host, as the settings name it; may be empty
+/// @param subdomain  of the host, as the server names it; may be empty
 [[nodiscard]] HttpRequest uploadRequest(const UploadHost &host, std::string_view subdomain, Bytes body,
-                                        std::chrono::milliseconds timeLimit);
+                                        const APMRemoteConfig &settings);
 
 /// Of the settings.
 [[nodiscard]] HttpRequest configurationRequest(const UploadHost &host, const APMAppData &app,
-                                               std::chrono::milliseconds timeLimit);
+                                               const APMRemoteConfig &settings);
 
 } // namespace skyflare

@@ -178,7 +178,7 @@ void EventJournal::writeEvent(APMEvent event, IsRealtime isRealtime)
 {
     const Result<> stored = database_ ? noting(store(event, isRealtime)) : Result<>(noDatabase());
     if (stored)
-        ++uncommitted_.entries[static_cast<std::size_t>(LedgerEntry::Stored)];
+        uncommitted_.add(LedgerEntry::Stored, 1);
     else
         services_.ledger.count(LedgerEntry::Failed);
 }
@@ -196,8 +196,7 @@ Result<> EventJournal::store(APMEvent &event, IsRealtime isRealtime)
     const auto trimmed = database_->trimRawEvents();
     if (!trimmed)
         return trimmed.error();
-    uncommitted_.entries[static_cast<std::size_t>(LedgerEntry::Trimmed)] +=
-        static_cast<std::uint64_t>(*trimmed);
+    uncommitted_.add(LedgerEntry::Trimmed, static_cast<std::uint64_t>(*trimmed));
     if (const auto inserted = database_->insertRawEvent(event, *fingerprint, isRealtime); !inserted)
         return inserted.error();
     if (before)
@@ -280,9 +279,8 @@ Result<> EventJournal::removeRows(const RemovalEntries &entries, const Removal &
     EventTally uncommitted;
     const auto removed = removal(*database, [&](const APMDatabase::RemovedEvents &events) {
         const auto inBundles = static_cast<std::uint64_t>(services_.ledger.tally().bundledEvents());
-        uncommitted[static_cast<std::size_t>(entries.raw)] = events.raw;
-        uncommitted[static_cast<std::size_t>(entries.inBundles)] =
-            events.isQueueEmpty ? inBundles : events.inBundles;
+        uncommitted.add(entries.raw, events.raw);
+        uncommitted.add(entries.inBundles, events.isQueueEmpty ? inBundles : events.inBundles);
         return record.write(*database, uncommitted);
     });
     if (!removed) {

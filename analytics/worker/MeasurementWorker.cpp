@@ -37,9 +37,18 @@ MeasurementWorker::MeasurementWorker(const MeasurementServices &services, Worker
       sessions_(services, worker,
                 {[this](LogEventCall call) { logEvent(std::move(call)); },
                  [this](UserPropertyCall call) { setUserAttribute(std::move(call)); }}),
-      uploads_({journal_, databases_, services.monitor, services.clock, services.ledger, services.random,
-                services.config.defaults(), worker, services.transport, services.network, services.debugMode,
-                services.settings, [this](const APMRemoteConfig &settings) { applySettings(settings); }}),
+      uploads_({.journal = journal_,
+                .databases = databases_,
+                .monitor = services.monitor,
+                .clock = services.clock,
+                .random = services.random,
+                .defaults = services.config.defaults(),
+                .worker = worker,
+                .transport = services.transport,
+                .network = services.network,
+                .isDebug = services.debugMode,
+                .settings = services.settings,
+                .applySettings = [this](const APMRemoteConfig &settings) { applySettings(settings); }}),
       mostUserProperties_(limits.publicUserProperties)
 {
 }

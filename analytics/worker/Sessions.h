@@ -44,7 +44,7 @@ public:
     // What an event passes
 
     /// Gives it the screen that is shown, unless it has its own. "screen_view" of the app changes the screen.
-    /// @param name  as the caller gave it
+    /// @param secondsOfUptime  when it was logged; nothing: the caller gave the event a time of its own
     /// @return whether it is to be recorded; what is not has been counted
     [[nodiscard]] bool addScreen(APMEvent &event, IsPublicEvent isPublicEvent,
                                  std::optional<double> secondsOfUptime);

@@ -17,6 +17,11 @@ constexpr std::string_view noSettings = "{}";
 
 } // namespace
 
+SettingsFetcher::SettingsFetcher(const Services &services, Hooks hooks)
+    : services_(services), hooks_(std::move(hooks)), request_(services.worker, services.transport)
+{
+}
+
 void SettingsFetcher::setSource(std::optional<Source> source)
 {
     cancel();
@@ -51,29 +56,21 @@ bool SettingsFetcher::isFresh() const
 
 bool SettingsFetcher::fetchRemoteConfig()
 {
-    if (!source_ || request_)
-        return request_ != nullptr;
+    if (!source_ || request_.isUnderWay())
+        return request_.isUnderWay();
     readKept();
     const double uptime = services_.clock.secondsOfUptime();
     if (isFresh() || uptime < nextTry_ || !source_->host.isReachable(services_.network))
         return false;
     nextTry_ = uptime + settings_.number(APMSetting::RetryTime);
-    const std::chrono::duration<double> timeLimit(settings_.number(APMSetting::NetworkTimeout));
-    request_ = services_.transport->send(
-        configurationRequest(source_->host, source_->app,
-                             std::chrono::duration_cast<std::chrono::milliseconds>(timeLimit)),
-        services_.worker.queue(), [this, number = ++requestNumber_](const Result<HttpResponse> &answer) {
-            services_.worker.perform([this, number, answer] {
-                if (request_ && number == requestNumber_)
-                    didAnswer(answer);
-            });
-        });
+    request_.send(configurationRequest(source_->host, source_->app, settings_),
+                  [this](const Result<HttpResponse> &answer) { didAnswer(answer); });
     return true;
 }
 
 void SettingsFetcher::cancel()
 {
-    if (std::exchange(request_, nullptr))
+    if (request_.drop())
         nextTry_ = 0;
 }
 
@@ -86,7 +83,6 @@ void SettingsFetcher::forget()
 
 void SettingsFetcher::didAnswer(const Result<HttpResponse> &answer)
 {
-    request_.reset();
     const int status = answer ? answer->status : 0;
     if (const Result<> taken = answer ? take(*answer) : Result<>(answer.error()); !taken)
         writeLog(services_.monitor, uploadLog::settingsNotFetched,

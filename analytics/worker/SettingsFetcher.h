@@ -1,14 +1,12 @@
 #pragma once
 
-#include "analytics/pipeline/WorkerTurns.h"
 #include "analytics/upload/APMRemoteConfig.h"
 #include "analytics/upload/SettingsAnswer.h"
 #include "analytics/upload/UploadHost.h"
 #include "analytics/worker/UploadStore.h"
-#include "platform/net/HttpTransport.h"
+#include "analytics/worker/WorkerRequest.h"
 
 #include <functional>
-#include <memory>
 #include <optional>
 
 namespace skyflare {
@@ -37,16 +35,14 @@ public:
         APMAppData app;
     };
 
-    SettingsFetcher(const Services &services, Hooks hooks) : services_(services), hooks_(std::move(hooks)) {}
+    SettingsFetcher(const Services &services, Hooks hooks);
 
     /// Nothing: nothing is fetched, and a request under way is dropped.
     void setSource(std::optional<Source> source);
     void setSettings(const APMRemoteConfig &settings) { settings_ = settings; }
 
-    /// What was kept the last time, unless it has been read already.
-    void readKept();
     // fetchRemoteConfig
-    /// If it is due.
+    /// If it is due. What was kept the last time holds at once.
     /// @return whether a request is under way now, so that `ended` will run
     bool fetchRemoteConfig();
     /// After a reset: what was kept is gone, and is fetched anew.
@@ -60,9 +56,10 @@ private:
     bool isRead_ = false;
     std::optional<double> fetchedAt_; ///< seconds since 1970
     double nextTry_ = 0;              ///< seconds of uptime
-    std::unique_ptr<HttpTask> request_;
-    std::uint64_t requestNumber_ = 0; ///< an answer on its way to an earlier one is not heard
+    WorkerRequest request_;
 
+    /// Unless it has been read already.
+    void readKept();
     [[nodiscard]] bool isFresh() const;
     void cancel();
     void didAnswer(const Result<HttpResponse> &answer);

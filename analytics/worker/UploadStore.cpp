@@ -5,6 +5,7 @@
 #include "platform/base/RandomIdentifier.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace skyflare {
@@ -18,11 +19,6 @@ constexpr std::int64_t eventsBetweenLooks = 1'000;
 Error noDatabase()
 {
     return Error{"uploads", 1, "There is no measurement database"};
-}
-
-void count(EventTally &tally, LedgerEntry entry, std::int64_t events)
-{
-    tally.entries[static_cast<std::size_t>(entry)] += static_cast<std::uint64_t>(events);
 }
 
 } // namespace
@@ -188,7 +184,7 @@ Result<> UploadStore::store(const Changing &changing, const BundleDraft &draft)
         if (!counted)
             return counted;
     }
-    count(changing.counted, LedgerEntry::Bundled, draft.events());
+    changing.counted.add(LedgerEntry::Bundled, static_cast<std::uint64_t>(draft.events()));
     return {};
 }
 
@@ -201,7 +197,7 @@ Result<> UploadStore::removeRows(const Changing &changing, const BundleDraft &dr
         return removed.error();
     if (*removed != draft.events() + draft.unreadable()) // an event would be in two bundles, or in none
         return Error{"uploads", 2, "Raw events do not go with their bundle"};
-    count(changing.counted, LedgerEntry::Lost, draft.unreadable());
+    changing.counted.add(LedgerEntry::Lost, static_cast<std::uint64_t>(draft.unreadable()));
     return database.deleteRawEventMetadataIfUnused(fingerprint);
 }
 
@@ -218,11 +214,9 @@ Result<BundleBatch> UploadStore::nextBatch(const std::string &appID, std::int64_
         isOnDisk_ = noting(database->writeThrough()).has_value();
     BundleBatch batch;
     for (QueuedBundle &each : *queued) {
-        batch.rowIDs.push_back(each.mark.rowID);
         batch.messages.push_back(std::move(each.message));
         batch.marks.push_back(each.mark);
         batch.newestEvent = std::max(batch.newestEvent, each.endTimestamp);
-        batch.eventsCount += each.mark.events;
     }
     return batch;
 }
@@ -233,15 +227,17 @@ Result<> UploadStore::didUpload(const BundleBatch &batch)
         const auto removed = changing.database.deleteBundlesWithRowIDs(batch.marks);
         if (!removed)
             return removed.error();
-        count(changing.counted, LedgerEntry::Uploaded, static_cast<std::int64_t>(*removed));
+        changing.counted.add(LedgerEntry::Uploaded, *removed);
         return {};
     });
 }
 
 Result<> UploadStore::didFail(const BundleBatch &batch)
 {
+    std::vector<std::int64_t> rowIDs;
+    std::ranges::transform(batch.marks, std::back_inserter(rowIDs), &BundleMark::rowID);
     return services_.journal.change([&](const Changing &changing) {
-        return changing.database.incrementRetryCounterForBundlesWithIDs(batch.rowIDs);
+        return changing.database.incrementRetryCounterForBundlesWithIDs(rowIDs);
     });
 }
 

@@ -27,13 +27,11 @@ struct WaitingData {
 ///
 /// Threads: any; a value.
 struct BundleBatch {
-    std::vector<std::int64_t> rowIDs;
     std::vector<Bytes> messages;   ///< each an APMPBMeasurementBundle
     std::vector<BundleMark> marks; ///< by what they are found again
     double newestEvent = 0;        ///< seconds since 1970
-    std::uint64_t eventsCount = 0; ///< in all of them
 
-    [[nodiscard]] bool isEmpty() const { return rowIDs.empty(); }
+    [[nodiscard]] bool isEmpty() const { return marks.empty(); }
 };
 
 /// What uploading reads and writes in the database: raw events become bundles, bundles go. Each change is a
@@ -47,7 +45,6 @@ public:
         DatabaseKeeper &databases;
         APMMonitor &monitor;
         const Clock &clock;
-        EventLedger &ledger;
         RandomSource &random; ///< for the database's id
     };
 

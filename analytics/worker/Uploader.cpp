@@ -40,7 +40,9 @@ bool wasCancelled(const Result<HttpResponse> &response)
 } // namespace
 
 Uploader::Uploader(const Services &services)
-    : services_(services), alarm_(services.worker, services.clock, [this] { uploadDataOrRegisterAlarm(); })
+    : services_(services),
+      alarm_(services.worker, services.clock, [this] { uploadDataOrRegisterAlarm(); }),
+      request_(services.worker, services.transport)
 {
 }
 
@@ -60,7 +62,7 @@ void Uploader::setSettings(const APMRemoteConfig &settings, std::string subdomai
 void Uploader::stop()
 {
     alarm_.cancel();
-    request_.reset();
+    request_.drop();
     inProgress_.reset();
     pass_.reset();
     holdOff_.reset();
@@ -197,7 +199,7 @@ void Uploader::bundleRawEvents()
 
 void Uploader::uploadData()
 {
-    if (request_) {
+    if (request_.isUnderWay()) {
         writeLog(services_.monitor, uploadLog::isPending);
         return;
     }
@@ -212,7 +214,7 @@ void Uploader::uploadData()
         comeToNothing(batch.error().message);
     } else if (batch->isEmpty()) {
         writeLog(services_.monitor, uploadLog::noData);
-        comeToNothing(std::move(pass_->trouble));
+        comeToNothing(std::exchange(pass_->trouble, {})); // the pass goes before it is told
     } else {
         send(*std::move(batch));
     }
@@ -240,31 +242,24 @@ void Uploader::send(BundleBatch batch)
         return;
     }
     batch.messages = {};
-    const std::chrono::duration<double> timeLimit(settings_.number(APMSetting::NetworkTimeout));
-    const std::string what = uploadLog::seconds(now * 1'000) + ", " + std::to_string(batch.rowIDs.size()) +
+    const std::string what = uploadLog::seconds(now * 1'000) + ", " + std::to_string(batch.marks.size()) +
                              " bundles in " + std::to_string(body->size()) + " bytes";
     inProgress_ = std::move(batch);
-    request_ = services_.transport->send(
-        uploadRequest(destination_->host, subdomain_, *std::move(body),
-                      std::chrono::duration_cast<std::chrono::milliseconds>(timeLimit)),
-        services_.worker.queue(), [this, number = passNumber_](const Result<HttpResponse> &response) {
-            services_.worker.perform([this, number, response] {
-                if (inProgress_ && number == passNumber_)
-                    networkUploadCompletionHandlerWithResponse(response);
-            });
-        });
+    request_.send(uploadRequest(destination_->host, subdomain_, *std::move(body), settings_),
+                  [this](const Result<HttpResponse> &response) {
+                      networkUploadCompletionHandlerWithResponse(response);
+                  });
     writeLog(services_.monitor, uploadLog::sent, what);
 }
 
 /// Where nothing has gone wrong, all that waits is another app's: then anything new is a reason to try again.
-void Uploader::comeToNothing(std::string trouble)
+void Uploader::comeToNothing(const std::string &trouble)
 {
-    const std::string why = std::move(trouble); // which may be the pass's, and that goes
     pass_.reset();
     const double pause = settings_.number(APMSetting::RetryTime);
     holdOff_ = HoldOff{.until = services_.clock.secondsOfUptime() + pause};
-    if (!why.empty())
-        writeLog(services_.monitor, uploadLog::cameToNothing, uploadLog::seconds(pause) + ", " + why);
+    if (!trouble.empty())
+        writeLog(services_.monitor, uploadLog::cameToNothing, uploadLog::seconds(pause) + ", " + trouble);
     else if (const auto waiting = services_.store.waiting())
         holdOff_->about = *waiting;
     updateSchedule();
@@ -275,7 +270,6 @@ void Uploader::comeToNothing(std::string trouble)
 // networkUploadCompletionHandlerWithResponse:error:
 void Uploader::networkUploadCompletionHandlerWithResponse(const Result<HttpResponse> &response)
 {
-    request_.reset();
     const BundleBatch batch = *std::exchange(inProgress_, std::nullopt);
     if (wasCancelled(response)) { // by the program's end, which is no failure of the server's
         comeToNothing(response.error().message);

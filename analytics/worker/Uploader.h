@@ -5,7 +5,6 @@
 #include "analytics/worker/SettingsFetcher.h"
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -70,9 +69,9 @@ private:
     std::optional<Destination> destination_;
     Alarm alarm_;
     std::optional<Pass> pass_;
-    std::uint64_t passNumber_ = 0; ///< what was handed on in an earlier one does not run
+    std::uint64_t passNumber_ = 0; ///< a turn that an earlier one has asked for does nothing
     std::optional<HoldOff> holdOff_;
-    std::unique_ptr<HttpTask> request_;
+    WorkerRequest request_;
     std::optional<BundleBatch> inProgress_; ///< what the request is about
 
     void uploadDataOrRegisterAlarm();
@@ -85,7 +84,7 @@ private:
     void bundleRawEvents();
     void uploadData();
     void send(BundleBatch batch);
-    void comeToNothing(std::string trouble);
+    void comeToNothing(const std::string &trouble);
 
     void networkUploadCompletionHandlerWithResponse(const Result<HttpResponse> &response);
     void didSucceed(const HttpResponse &response, const BundleBatch &batch);

@@ -24,8 +24,7 @@ std::optional<UploadHost> hostOf(std::string_view key, const std::string &text, 
 
 Uploads::Uploads(Services services)
     : services_(std::move(services)),
-      store_({services_.journal, services_.databases, services_.monitor, services_.clock, services_.ledger,
-              services_.random}),
+      store_({services_.journal, services_.databases, services_.monitor, services_.clock, services_.random}),
       record_(services_.defaults),
       fetcher_({store_, services_.worker, services_.monitor, services_.clock, services_.transport,
                 services_.network},
@@ -63,10 +62,11 @@ void Uploads::setCollection(Collection collection)
     isOn_ = !isOn_;
     uploader_.setDestination(isOn_ ? destination_ : std::nullopt);
     fetcher_.setSource(isOn_ ? source_ : std::nullopt);
-    didBecomeActive();
+    lookAnew();
 }
 
-void Uploads::didBecomeActive()
+/// Fetches the settings if it is time, and updates the schedule when no more work waits.
+void Uploads::lookAnew()
 {
     (void)fetcher_.fetchRemoteConfig();
     isScheduleOld_ = true;
@@ -77,7 +77,7 @@ void Uploads::didReset()
     uploader_.stop();
     record_.reset();
     fetcher_.forget();
-    didBecomeActive();
+    lookAnew();
 }
 
 void Uploads::didDrain()

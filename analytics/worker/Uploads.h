@@ -25,7 +25,6 @@ public:
         DatabaseKeeper &databases;
         APMMonitor &monitor;
         const Clock &clock;
-        EventLedger &ledger;
         RandomSource &random;
         UserDefaults &defaults; ///< of the engine's configuration
         WorkerTurns &worker;
@@ -41,7 +40,7 @@ public:
     void start(const APMAnalyticsOptions &options, const APMAppData &app, Collection collection);
     void setCollection(Collection collection);
     void didStoreEvent() { isScheduleOld_ = true; }
-    void didBecomeActive();
+    void didBecomeActive() { lookAnew(); }
     /// The database has been wiped.
     void didReset();
     /// When no more work waits, and what was stored is committed.
@@ -59,6 +58,7 @@ private:
     bool isOn_ = false;
     bool isScheduleOld_ = false;
 
+    void lookAnew();
     void accept(const SettingsAnswer &answer);
 };
 

@@ -78,6 +78,39 @@ struct EngineFixture : EngineInFolder {
             line.erase(0, line.find(": ") + 2);
         return texts;
     }
+    /// How many lines of the log have this in them.
+    long told(const std::string &part)
+    {
+        time.runUntilIdle();
+        Texts all = console.lines();
+        std::ranges::copy(console.reports(), std::back_inserter(all));
+        return std::ranges::count_if(all,
+                                     [&](const std::string &line) { return line.find(part) != line.npos; });
+    }
+    /// What the engine answers, or why it does not.
+    std::string session()
+    {
+        std::string answer;
+        FIRAnalytics::sessionIDWithCompletion(
+            [&](const auto &id) { answer = id ? std::to_string(*id) : id.error().message; });
+        time.runUntilIdle();
+        return answer;
+    }
+    /// The same of the user's properties: "auto:_sno v=1".
+    Texts properties(IncludingInternal which = IncludingInternal::Yes)
+    {
+        Texts texts;
+        analytics().userPropertiesIncludingInternal(
+            which, time.makeSerialQueue("asker"), [&](const Result<std::vector<APMUserAttribute>> &all) {
+                if (!all)
+                    texts = {all.error().message};
+                else
+                    for (const auto &[name, origin, timestamp, value] : *all)
+                        texts.push_back(shown({origin, name, timestamp, 0, {{"v", value}}}));
+            });
+        time.runUntilIdle();
+        return texts;
+    }
 
 private:
     std::size_t seen_ = 0;

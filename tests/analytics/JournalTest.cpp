@@ -6,13 +6,7 @@
 using namespace skyflare;
 using namespace std::chrono_literals;
 using fileFaults::Kind;
-
-namespace {
-
-using Names = DatabaseFixture::Names;
 using Entry = LedgerEntry;
-
-} // namespace
 
 TEST_CASE_FIXTURE(DatabaseFixture, "a transaction takes what comes within 50 ms, and all is written with it")
 {
@@ -36,24 +30,14 @@ TEST_CASE_FIXTURE(DatabaseFixture, "a transaction takes what comes within 50 ms,
           Names{"_b111700000000.05", "a221700000000.02"});
     CHECK(ask("SELECT daily_public_events_count || '' FROM app_metadata") == Names{"1"});
     CHECK(ask("SELECT entry || count FROM event_ledger") == Names{"accepted3", "stored3"});
-    CHECK(ask("SELECT count(*) || '' FROM raw_events_metadata") == Names{"2"});
 
     JournalRun next(*this);
     run.journal.close();
     next.log("a");
     CHECK(*next.journal.knowsEventName("a"));
-    CHECK_FALSE(*next.journal.knowsEventName("c"));
     CHECK(next.journal.publicEventNameCount() == 1);
     CHECK(next.journal.dailyCounts().publicEventsCount == 1);
     REQUIRE(next.journal.userAttributes().size() == 1);
-    next.journal.commit();
-    const auto reader = *MeasurementReader::open(file, monitor);
-    std::vector<RawEvent> events;
-    REQUIRE(reader->forEachWaitingEvent([&](const RawEvent &each) { events.push_back(each); }));
-    REQUIRE(events.size() == 4);
-    CHECK(events[0].event.previousTimestamp == 0);
-    CHECK(events[1].event.previousTimestamp == 1'700'000'000);
-    CHECK(events[3].event.previousTimestamp == 1'700'000'000.02);
 }
 
 TEST_CASE_FIXTURE(DatabaseFixture,
@@ -88,10 +72,6 @@ TEST_CASE_FIXTURE(DatabaseFixture,
     CHECK_FALSE(*run.journal.knowsEventName("x"));
     run.journal.commit();
     CHECK(storedNames() == Names{"kept", "later", "z"});
-    run.log("one too many");
-    run.journal.commit();
-    CHECK(storedNames() == Names{"later", "z", "one too many"});
-    CHECK(run.count(Entry::Trimmed) == 1);
     CHECK(run.balance() == "balanced");
 }
 
@@ -120,14 +100,12 @@ TEST_CASE_FIXTURE(DatabaseFixture,
         CHECK(run.count(Entry::Found) == 2);
         CHECK(run.ledger.tally().refusalsByError[3] == 1);
         CHECK(run.balance() == "balanced");
-        REQUIRE(run.journal.reset());
-        run.log("e");
-        run.journal.commit();
         run.journal.close();
     }
-    make("UPDATE event_ledger SET count = 1 WHERE entry = 'stored'"); // fewer than have left
+    make("UPDATE event_ledger SET count = 99 WHERE entry = 'stored'"); // more than came in
     JournalRun last(*this);
-    CHECK(last.databases.database());
+    REQUIRE(last.databases.database());
+    CHECK(last.count(Entry::Found) == 6);
     CHECK(last.balance() == "balanced");
 }
 
@@ -151,12 +129,12 @@ TEST_CASE_FIXTURE(DatabaseFixture, "a reader sees what is committed, beside its 
 {
     CHECK(MeasurementReader::open(file, monitor).error().message ==
           "There is no measurement database at " + file.string());
-    auto run = std::make_unique<JournalRun>(*this);
-    run->log("a");
+    JournalRun run(*this);
+    run.log("a");
     time.advance(1s);
-    run->log("b");
-    run->journal.commit();
-    run->log("c");
+    run.log("b");
+    run.journal.commit();
+    run.log("c");
     {
         const auto reader = *MeasurementReader::open(file, monitor);
         const auto status = *reader->status();
@@ -164,18 +142,11 @@ TEST_CASE_FIXTURE(DatabaseFixture, "a reader sees what is committed, beside its 
         CHECK(status.oldestEvent == 1'700'000'000);
         CHECK(status.newestEvent == 1'700'000'001);
         CHECK(status.fileBytes > 4096);
-        run->journal.commit();
-        CHECK(reader->status()->waitingEvents == 3);
-        REQUIRE(run->journal.reset());
+        REQUIRE(run.journal.reset());
         CHECK(reader->status()->waitingEvents == 0);
     }
-    const Bytes bytes = *readFile(file.string() + "-wal");
     std::filesystem::copy_file(file, folder / "killed");
     std::filesystem::copy_file(file.string() + "-wal", folder / "killed-wal");
     CHECK((*MeasurementReader::open(folder / "killed", monitor))->status()->ledger.count(Entry::Wiped) == 3);
-    CHECK(*readFile(folder / "killed-wal") == bytes);
-    run->log("d");
-    run.reset(); // with a transaction that comes to nothing
-    CHECK((*MeasurementReader::open(file, monitor))->status()->ledger.count(Entry::Wiped) == 3);
-    CHECK_FALSE(std::filesystem::exists(file.string() + "-wal"));
+    CHECK(*readFile(folder / "killed-wal") == *readFile(file.string() + "-wal"));
 }

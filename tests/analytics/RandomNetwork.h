@@ -3,28 +3,14 @@
 #include "analytics/proto/APMMeasurementBundle.h"
 #include "platform/net/NetworkMonitor.h"
 #include "platform/net/PendingAnswer.h"
-#include "tests/fakes/VirtualTime.h"
+#include "tests/analytics/RandomCalls.h"
 
-#include <initializer_list>
 #include <map>
-#include <random>
 #include <set>
 #include <string>
 #include <utility>
 
 namespace skyflare {
-
-class RandomChoice {
-public:
-    explicit RandomChoice(std::uint64_t seed) : random_(seed) {}
-
-    std::size_t below(std::size_t limit) { return random_() % limit; }
-    bool isOne(std::size_t in) { return below(in) == 0; }
-    template <typename T> T oneOf(std::initializer_list<T> all) { return all.begin()[below(all.size())]; }
-
-private:
-    std::mt19937_64 random_;
-};
 
 /// A collector, and a network before it that does whatever networks do.
 class RandomNetwork final : public HttpTransport, public NetworkMonitor {
@@ -36,6 +22,7 @@ public:
     std::function<void()> atUpload; ///< for the next one, once the collector has dealt with it
     std::set<std::int64_t> numbers; ///< of the events that were received
     int duplicates = 0;             ///< bundles that came again
+    std::uint64_t acknowledged = 0; ///< events of bundles that the engine was told of that they are safe
 
     [[nodiscard]] std::unique_ptr<HttpTask> send(HttpRequest request, DispatchQueue &queue,
                                                  Completion completion) override;
@@ -56,9 +43,6 @@ public:
     }
     /// The engine does not want to hear of what is under way.
     void forget() { inFlight_.clear(); }
-    [[nodiscard]] bool isInFlight() const { return !inFlight_.empty(); }
-    /// Events of bundles that the engine was told of that they are safe.
-    [[nodiscard]] std::uint64_t acknowledged() const { return acknowledged_; }
 
 private:
     struct Outcome {
@@ -76,7 +60,6 @@ private:
     std::function<void()> changed_;
     std::map<std::string, APMMeasurementBundle> bundles_;
     std::set<std::string> inFlight_; ///< keys of the bundles that an answer is under way for
-    std::uint64_t acknowledged_ = 0;
     bool isDead_ = true;
     int life_ = 0;
 

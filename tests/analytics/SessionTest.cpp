@@ -9,7 +9,6 @@ namespace skyflare {
 namespace {
 
 using FIR = FIRAnalytics;
-using Texts = EngineFixture::Texts;
 using Values = PropertyList::Dictionary;
 
 /// An engine whose uptime is that of the test.
@@ -41,23 +40,6 @@ struct SessionFixture : EngineFixture {
                                       step[0] == '=' ? Values{{"screen_name", text(what)}} : Values());
         }
         return takeStored();
-    }
-    std::string session()
-    {
-        std::string answer;
-        FIR::sessionIDWithCompletion(
-            [&](const Result<std::int64_t> &id) { answer = id ? std::to_string(*id) : id.error().message; });
-        time.runUntilIdle();
-        return answer;
-    }
-    /// How many lines of the log have this in them.
-    long lines(const std::string &part)
-    {
-        time.runUntilIdle();
-        Texts all = console.lines();
-        std::ranges::copy(console.reports(), std::back_inserter(all));
-        return std::ranges::count_if(all,
-                                     [&](const std::string &line) { return line.find(part) != line.npos; });
     }
 };
 
@@ -142,18 +124,18 @@ TEST_CASE_FIXTURE(SessionFixture, "events carry the screen that is shown, howeve
     switches.verboseLogging = true;
     play("start on");
     FIR::setScreenName("Too early", {});
-    CHECK(lines("25014") == 1);
+    CHECK(told("25014") == 1);
     CHECK(play("e @skyflare.Main @skyflare.Main e") ==
           Texts{"e", "auto:_vs _sc=Main _si=1", "e _sc=Main _si=1"});
-    CHECK(lines("screen class: \"skyflare.Main\", \"Main\"") == 1);
-    CHECK(lines("25011") == 1);
+    CHECK(told("screen class: \"skyflare.Main\", \"Main\"") == 1);
+    CHECK(told("25011") == 1);
     play("+2");
     FIR::setScreenName("Night", {});
     FIR::setScreenName("Night", "Main");
-    CHECK(lines("25015") == 1);
+    CHECK(told("25015") == 1);
     FIR::setScreenName("", {});
     std::thread([] { FIR::setScreenName("Elsewhere", {}); }).join();
-    CHECK(lines("25013") == 1);
+    CHECK(told("25013") == 1);
     log("screen_view", {{"a", true}, {"screen_class", text("Popup")}, {"screen_name", text("Help")}});
     log("screen_view", {{"screen_class", 1.0}, {"screen_name", text("")}});
     CHECK(play("@Gallery @skyflare.Main") ==
@@ -165,15 +147,15 @@ TEST_CASE_FIXTURE(SessionFixture, "events carry the screen that is shown, howeve
     analytics().logEventWithOrigin("abc+gtm", "e", {{"_sn", text("Its own")}});
     CHECK(play("off @Settings =Hidden e") ==
           Texts{"abc+gtm:e _sn=Its own", "auto:_e _et=0 _sc=Main _si=6", "e _sn=Hidden _sc=Settings _si=8"});
-    CHECK(lines("25017") == 2);
+    CHECK(told("25017") == 2);
     CHECK(count(LedgerEntry::Refused) == 1);
     end();
 
     options.automaticScreenReportingEnabled = false;
     play("start on @Main screen_view");
     FIR::setScreenName("Night", {});
-    CHECK(lines("25016") == 1);
-    CHECK(lines("25018") == 1);
+    CHECK(told("25016") == 1);
+    CHECK(told("25018") == 1);
     CHECK(play("=Help") == Texts{"_vs _sn=Help _si=1 _mst=1"});
 }
 
@@ -181,16 +163,13 @@ TEST_CASE_FIXTURE(SessionFixture, "an event begins or extends a session in the b
 {
     const auto extend = [&](PropertyList value) { log("e", {{"extend_session", std::move(value)}}); };
     play("start");
-    takeProblems();
     extend(std::int64_t{1});
     CHECK(takeStored() == Texts{"auto:_s _sid=1700000000 _sno=1", "e extend_session=1"});
     for (const PropertyList &value : {PropertyList(std::int64_t{2}), text("1"), PropertyList(1.5)})
         extend(value);
     CHECK(
-        takeProblems() == // the log says the same once a minute
-        Texts{
-            "extend_session is a reserved parameter. To extend or start a session in the background, set an "
-            "event parameter {@'extend_session': @1}"});
+        told("extend_session is a reserved parameter. To extend or start a session in the background, set an "
+             "event parameter {@'extend_session': @1}") == 1); // it is said once a minute
     play("+1799");
     extend(1.0);
     CHECK(play("+1799 on") == Texts{"e extend_session=1.0"}); // it goes on
@@ -203,7 +182,6 @@ TEST_CASE_FIXTURE(SessionFixture, "an event begins or extends a session in the b
         extend(std::int64_t{1});
     }
     CHECK(number("SELECT lifetime_count FROM events WHERE name = '_s'") == 4);
-    CHECK(number("SELECT lifetime_count FROM events WHERE name = 'e'") == 31);
 }
 
 TEST_CASE_FIXTURE(SessionFixture, "with collection off nothing is logged; a reset begins with session 1")
@@ -227,13 +205,6 @@ TEST_CASE_FIXTURE(SessionFixture, "with collection off nothing is logged; a rese
     settings = APMRemoteConfig(Values{{"measurement.api.session_id", false}});
     start();
     CHECK(session() == "Session ids are switched off");
-    options.collectionDeactivated = true;
-    play("end");
-    std::filesystem::remove(file);
-    play("start on");
-    FIR::resetAnalyticsData();
-    play("off end");
-    CHECK_FALSE(std::filesystem::exists(file));
 }
 
 TEST_CASE("what makes no sense in the file of sessions counts as missing")
@@ -251,8 +222,7 @@ TEST_CASE("what makes no sense in the file of sessions counts as missing")
         CHECK(record.lastActivityTime() == 0);
         record.beginSession(1'700'000'000.75);
         const SessionRecord kept(defaults);
-        CHECK(kept.sessionNumber() == 1);
-        CHECK(kept.sessionID() == 1'700'000'000);
+        CHECK((kept.sessionNumber() == 1 && kept.sessionID() == 1'700'000'000));
         CHECK(kept.lastActivityTime() == 1'700'000'000.75);
     }
 }

@@ -24,6 +24,11 @@ std::string times(int count, std::string_view text)
     return result;
 }
 
+std::string a(int count)
+{
+    return times(count, "a");
+}
+
 APMValue value(std::string text)
 {
     return APMValue(std::move(text));
@@ -72,15 +77,6 @@ void *operator new[](std::size_t size, const std::nothrow_t &) noexcept
 
 TEST_CASE("a name is refused by the first rule that it breaks")
 {
-    const std::string a40 = times(40, "a");
-    const std::string a41 = times(41, "a");
-    const std::string a24 = times(24, "a");
-    const std::string a25 = times(25, "a");
-    const std::string a32 = times(32, "a");
-    const std::string a33 = times(33, "a");
-    const std::string bad41 = times(41, "-");
-    const std::string forwarded32 = a32 + "+gtm";
-    const std::string forwarded33 = a33 + "+gtm";
     check({
         {&V::isValidPublicEventName, "level_up", Code::Valid},
         {&V::isValidPublicEventName, std::nullopt, Code::Missing, 13001,
@@ -88,11 +84,11 @@ TEST_CASE("a name is refused by the first rule that it breaks")
         {&V::isValidPublicEventName, APMObject::Other{"NSData"}, Code::WrongType, 13000,
          "Event name must be of type NSString: NSData"},
         {&V::isValidPublicEventName, "", Code::Missing, 13001, "Event name is required and can't be empty"},
-        {&V::isValidPublicEventName, a40, Code::Valid},
-        {&V::isValidPublicEventName, a41, Code::TooLong, 13000,
+        {&V::isValidPublicEventName, a(40), Code::Valid},
+        {&V::isValidPublicEventName, a(41), Code::TooLong, 13000,
          "Event name is too long. The maximum supported length is 40: "
          "\"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa\""},
-        {&V::isValidPublicEventName, bad41, Code::TooLong, 13000},
+        {&V::isValidPublicEventName, times(41, "-"), Code::TooLong, 13000},
         {&V::isValidPublicEventName, "a-b\n", illegal, 13002},
         {&V::isValidPublicEventName, "_x", illegal, 13003},
         {&V::isValidPublicEventName, "1x", illegal, 13003},
@@ -104,22 +100,17 @@ TEST_CASE("a name is refused by the first rule that it breaks")
         {&V::isValidPublicEventName, "firebase_x", Code::Reserved, 13007},
         {&V::isValidPublicEventParameterName, "mipeme_x", Code::Reserved, 13008},
         {&V::isValidInternalEventParameterName, "ga_x", Code::Valid},
-        {&V::isValidPublicUserAttributeName, a24, Code::Valid},
-        {&V::isValidPublicUserAttributeName, a25, Code::TooLong, 13000},
+        {&V::isValidPublicUserAttributeName, a(24), Code::Valid},
+        {&V::isValidPublicUserAttributeName, a(25), Code::TooLong, 13000},
         {&V::isValidPublicUserAttributeName, "user_id", Code::Reserved, 13009},
         {&V::isValidPublicUserAttributeName, "ga_x", Code::Reserved, 13010},
-        {&V::isValidInternalEventOrigin, a33, Code::TooLong, 13000},
+        {&V::isValidInternalEventOrigin, a(33), Code::TooLong, 13000},
         {&V::isValidForwardedEventOrigin, "abc+gtm", Code::Valid},
         {&V::isValidForwardedEventOrigin, "abc", Code::NotForwarded, 13000},
         {&V::isValidForwardedEventOrigin, "+gtm", Code::Missing, 13001},
-        {&V::isValidForwardedEventOrigin, forwarded32, Code::Valid},
-        {&V::isValidForwardedEventOrigin, forwarded33, Code::TooLong, 13000},
-    });
-}
-
-TEST_CASE("letters and digits are those of all scripts, and ill-formed text has none")
-{
-    check({
+        {&V::isValidForwardedEventOrigin, a(32) + "+gtm", Code::Valid},
+        {&V::isValidForwardedEventOrigin, a(33) + "+gtm", Code::TooLong, 13000},
+        // Letters and digits are those of all scripts, and ill-formed text has none.
         {&V::isValidPublicEventName, "\u00E9t\u00E9_\u4E2D\u6587", Code::Valid},
         {&V::isValidPublicEventName, "e\u0301t\u00E9", illegal, 13002}, // a combining mark is no letter
         {&V::isValidPublicEventName, "a\u0663", Code::Valid},           // Arabic-Indic three: a decimal digit
@@ -137,53 +128,45 @@ TEST_CASE("letters and digits are those of all scripts, and ill-formed text has 
 
 TEST_CASE("a value is measured in code points")
 {
-    const APMValue empty = value("");
-    const APMValue emoji500 = value(times(500, emoji));
-    const APMValue emoji501 = value(times(501, emoji));
-    const APMValue stray500 = value(times(500, "\xFF"));
-    const APMValue cut500 = value(times(500, "\xF0\x9F\x8E")); // each is one character that never ends
-    const APMValue cut501 = value(times(501, "\xF0\x9F\x8E"));
-    const APMValue a36 = value(times(36, "a"));
-    const APMValue a37 = value(times(37, "a"));
-    const APMValue number(1.5);
+    const std::string_view unended = "\xF0\x9F\x8E"; // one character that never ends
     check(
         {
             {&V::isValidPublicEventParameterValue, std::nullopt, Code::Missing, 13004,
              "Event parameter value cannot be nil"},
             {&V::isValidPublicEventParameterValue, "bare", Code::WrongType, 13005},
-            {&V::isValidPublicEventParameterValue, empty, Code::Valid},
-            {&V::isValidPublicEventParameterValue, emoji500, Code::Valid},
-            {&V::isValidPublicEventParameterValue, emoji501, Code::TooLong, 13000},
-            {&V::isValidPublicEventParameterValue, stray500, Code::Valid},
-            {&V::isValidPublicEventParameterValue, cut500, Code::Valid},
-            {&V::isValidPublicEventParameterValue, cut501, Code::TooLong, 13000},
-            {&V::isValidPublicUserAttributeValue, empty, Code::Missing}, // in silence
-            {&V::isValidPublicUserAttributeValue, a36, Code::Valid},
-            {&V::isValidPublicUserAttributeValue, a37, Code::TooLong, 13000},
-            {&V::isValidNumericValue, number, Code::Valid},
-            {&V::isValidNumericValue, a36, Code::NotNumeric, 13011},
+            {&V::isValidPublicEventParameterValue, value(""), Code::Valid},
+            {&V::isValidPublicEventParameterValue, value(times(500, emoji)), Code::Valid},
+            {&V::isValidPublicEventParameterValue, value(times(501, emoji)), Code::TooLong, 13000},
+            {&V::isValidPublicEventParameterValue, value(times(500, "\xFF")), Code::Valid},
+            {&V::isValidPublicEventParameterValue, value(times(500, unended)), Code::Valid},
+            {&V::isValidPublicEventParameterValue, value(times(501, unended)), Code::TooLong, 13000},
+            {&V::isValidPublicUserAttributeValue, value(""), Code::Missing}, // in silence
+            {&V::isValidPublicUserAttributeValue, value(a(36)), Code::Valid},
+            {&V::isValidPublicUserAttributeValue, value(a(37)), Code::TooLong, 13000},
+            {&V::isValidNumericValue, APMValue(1.5), Code::Valid},
+            {&V::isValidNumericValue, value("7"), Code::NotNumeric, 13011},
             {&V::isValidCurrencyCode, "usd", Code::Valid},
             {&V::isValidCurrencyCode, "US", Code::BadCurrencyCode, 13012,
              "Event parameter value must contain a 3-letter ISO_4217 currency code. value: \"US\""},
             {&V::isValidCurrencyCode, "U5D", Code::BadCurrencyCode, 13012},
             {&V::isValidCurrencyCode, "Ue\u0301", Code::BadCurrencyCode, 13012},
-            {&V::isValidCurrencyCode, number, Code::BadCurrencyCode, 13012},
+            {&V::isValidCurrencyCode, APMValue(1.5), Code::BadCurrencyCode, 13012},
         },
         Level::Warning);
     check({
-        {&V::isValidConditionalUserPropertyValue, empty, Code::Missing, 13001},
-        {&V::isValidScreenParameterValue, *emoji501.text(), Code::TooLong, 13000},
+        {&V::isValidConditionalUserPropertyValue, value(""), Code::Missing, 13001},
+        {&V::isValidScreenParameterValue, times(501, emoji), Code::TooLong, 13000},
     });
 
     RecordingMonitor monitor;
     const APMDataTypeValidator narrow(monitor, {.publicValueLength = 100});
-    CHECK(narrow.isValidPublicEventParameterValue(value(times(101, "a"))).failureCode == Code::TooLong);
-    CHECK(narrow.isValidInternalEventParameterValue(value(times(256, "a"))));
-    CHECK_FALSE(narrow.isValidInternalEventParameterValue(value(times(257, "a"))));
+    CHECK(narrow.isValidPublicEventParameterValue(value(a(101))).failureCode == Code::TooLong);
+    CHECK(narrow.isValidInternalEventParameterValue(value(a(256))));
+    CHECK_FALSE(narrow.isValidInternalEventParameterValue(value(a(257))));
     for (const auto &[name, longest] :
          {std::pair("_id", 256), {"_gbraid", 256}, {"_psmvalue", 512}, {"_npa", 36}}) {
-        CHECK(narrow.isValidInternalUserAttributeValue(value(times(longest, "a")), name));
-        CHECK_FALSE(narrow.isValidInternalUserAttributeValue(value(times(longest + 1, "a")), name));
+        CHECK(narrow.isValidInternalUserAttributeValue(value(a(longest)), name));
+        CHECK_FALSE(narrow.isValidInternalUserAttributeValue(value(a(longest + 1)), name));
     }
     monitor.lines.clear();
     CHECK(narrow.isValidString("\u00FC", 2, 9, APMDataType{10}).failureCode == Code::TooShort);
@@ -195,30 +178,31 @@ TEST_CASE("an array is refused by the first rule that it breaks")
 {
     RecordingMonitor monitor;
     const APMDataTypeValidator validator(monitor, {});
-    using Nested = IsNestedArrayParam;
-    const auto verdict = [&](std::string_view event, std::string_view name, std::size_t count,
-                             Nested nested) {
-        return validator.isValidArrayParamForEvent(event, name, count, nested).failureCode;
+    struct Array {
+        std::string_view event, name;
+        std::size_t count;
+        IsNestedArrayParam isNested;
+        Code expected;
+        std::string_view message;
     };
-    CHECK(verdict("purchase", "items", 200, Nested::No) == Code::Valid);
-    CHECK(monitor.lines.empty());
-    CHECK(verdict("level_up", "things", 201, Nested::Yes) == Code::NestedArray);
-    CHECK(verdict("level_up", "things", 201, Nested::No) == Code::ArrayNotAllowed);
-    CHECK(verdict("purchase", "things", 201, Nested::No) == Code::ArrayName);
-    CHECK(verdict("purchase", "items", 201, Nested::No) == Code::TooManyItems);
-    const std::vector<RecordingMonitor::Line> expected = {
-        {Level::Error, 13013, "Nested array parameters are not allowed. Name: \"things\""},
-        {Level::Error, 13013,
-         "Only ecommerce events are allowed to contain array parameters. Invalid ecommerce name: "
-         "\"level_up\""},
-        {Level::Error, 13013,
-         "Event parameter name is an invalid ecommerce items. The name of array parameters for ecommerce "
-         "should be \"items\". Invalid parameter name: \"things\""},
-        {Level::Error, 13013,
-         "Array parameter has too many items. The maximum number of supported items is 200. Invalid array "
-         "size: 201"},
-    };
-    CHECK(monitor.lines == expected);
+    using enum IsNestedArrayParam;
+    const Array arrays[] = {{"level_up", "things", 201, Yes, Code::NestedArray,
+                             "Nested array parameters are not allowed. Name: \"things\""},
+                            {"level_up", "things", 201, No, Code::ArrayNotAllowed,
+                             "Only ecommerce events are allowed to contain array parameters. Invalid "
+                             "ecommerce name: \"level_up\""},
+                            {"purchase", "things", 201, No, Code::ArrayName,
+                             "Event parameter name is an invalid ecommerce items. The name of array "
+                             "parameters for ecommerce should "
+                             "be \"items\". Invalid parameter name: \"things\""},
+                            {"purchase", "items", 201, No, Code::TooManyItems,
+                             "Array parameter has too many items. The maximum number of supported items is "
+                             "200. Invalid array size: "
+                             "201"}};
+    for (const auto &[event, name, count, isNested, expected, message] : arrays) {
+        CHECK(validator.isValidArrayParamForEvent(event, name, count, isNested).failureCode == expected);
+        CHECK(monitor.lines.back() == RecordingMonitor::Line{Level::Error, 13013, std::string(message)});
+    }
     CHECK(validator.isValidArrayParamItem(PropertyList(true)).failureCode == Code::ItemNotDictionary);
 }
 
@@ -292,16 +276,10 @@ TEST_CASE("parameters that may not be recorded go alone, and the first one makes
     CHECK(bare.refusals.at(27).errorCode() == APMErrorCode::CustomParamsInArrayElement);
 }
 
-TEST_CASE("the first error is the one that an event's marker keeps")
+TEST_CASE("what is too long is cut between two characters, and where memory is short not at all")
 {
     RecordingMonitor monitor;
-    APMParameters parameters;
-    addErrorMarker(parameters, {CallSite::ParameterName, Code::TooLong, times(41, emoji)}, monitor);
-    addErrorMarker(parameters, {CallSite::ParameterValue, Code::TooLong, "later", 501}, monitor);
-    const APMParameters expected = {{"_err", APMValue(std::int64_t{3})},
-                                    {"_ev", value(times(40, emoji) + "...")}};
-    CHECK((parameters == expected));
-
+    CHECK(trimmed(times(41, emoji), 40, monitor) == times(40, emoji) + "...");
     isMemoryShort = true;
     CHECK(trimmed("four", 3, monitor) == "four");
     isMemoryShort = false;

@@ -139,6 +139,8 @@ public:
         const auto seen = number("SELECT count(*) FROM queue").value_or(0) > 0 ? status() : std::nullopt;
         return seen ? seen->bundledEvents : 0;
     }
+    /// Events, raw ones and those in bundles.
+    [[nodiscard]] std::int64_t waiting() const { return rows() + bundledEvents(); }
     [[nodiscard]] std::optional<MeasurementStatus> status() const
     {
         RecordingMonitor monitor;
