@@ -4,6 +4,7 @@
 #include "platform/linux/ApplicationObject.h"
 #include "platform/linux/DesktopURLOpener.h"
 #include "platform/linux/NotificationBoards.h"
+#include "platform/linux/PortalRegistration.h"
 #include "platform/linux/PortalURLOpener.h"
 #include "platform/linux/Sandbox.h"
 
@@ -33,7 +34,8 @@ std::string storePageOf(const DesktopServices::Services &services)
 } // namespace
 
 DesktopServices::DesktopServices(const Services &services)
-    : sessionBus_(MessageBus::Kind::Session, {thread_, services.mainQueue, services.console}),
+    : sessionBus_(MessageBus::Kind::Session,
+                  {thread_, services.mainQueue, services.console, portalRegistration(applicationId)}),
       systemBus_(MessageBus::Kind::System, {thread_, services.mainQueue, services.console}),
       userSession_(std::make_shared<LogindSession>(systemBus_, services.console)),
       urlOpener_(makeURLOpener(services, sessionBus_)),
@@ -53,7 +55,9 @@ DesktopServices::DesktopServices(const Services &services)
                                           .isInFront = services.isInFront,
                                           .bringToFront = services.showApp})),
       haptics_(std::make_shared<FeedbackdHaptics>(sessionBus_, applicationId)),
-      idleInhibitor_(std::make_shared<DesktopIdleInhibitor>(sessionBus_, services.console, applicationId)),
+      idleInhibitor_(std::make_shared<DesktopIdleInhibitor>(sessionBus_, services.mainQueue, services.console,
+                                                            applicationId)),
+      portalCamera_(isSandboxed() ? std::make_shared<PortalCamera>(sessionBus_, services.console) : nullptr),
       applicationObject_(offerApplicationObject(sessionBus_, applicationId, services.showApp)),
       remoteNotifications_(std::make_shared<UnifiedPushNotifications>(
           UnifiedPushNotifications::Services{.inbox = {.sessionBus = sessionBus_,

@@ -9,6 +9,7 @@
 #include "platform/linux/NotificationStoreReview.h"
 #include "platform/linux/PlatformThread.h"
 #include "platform/linux/PortalAppearance.h"
+#include "platform/linux/PortalCamera.h"
 #include "platform/linux/UnifiedPushNotifications.h"
 
 #include <filesystem>
@@ -48,6 +49,8 @@ public:
     [[nodiscard]] HapticFeedback &haptics() { return *haptics_; }
     [[nodiscard]] IdleInhibitor &idleInhibitor() { return *idleInhibitor_; }
     [[nodiscard]] UserSession &userSession() { return *userSession_; }
+    /// Null outside of a sandbox, where cameras are used directly.
+    [[nodiscard]] const std::shared_ptr<PortalCamera> &portalCamera() const { return portalCamera_; }
     [[nodiscard]] RemoteNotifications &remoteNotifications() { return *remoteNotifications_; }
 
 private:
@@ -63,6 +66,7 @@ private:
     const std::shared_ptr<AppNotificationCenter> userNotifications_;
     const std::shared_ptr<FeedbackdHaptics> haptics_;
     const std::shared_ptr<DesktopIdleInhibitor> idleInhibitor_;
+    const std::shared_ptr<PortalCamera> portalCamera_;
     const MessageBus::Subscription applicationObject_;
     const std::shared_ptr<UnifiedPushNotifications> remoteNotifications_;
 };

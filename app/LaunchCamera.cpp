@@ -30,12 +30,14 @@ void LaunchCamera::didChoose(const Found &found, const Chosen &chosen)
 {
     isChoosing_ = false;
     const bool hasCamera = found.choice && found.refusedDevice.empty();
+    const auto kind = hasCamera ? found.choice->kind : CameraChoice::Kind::Device;
     const std::shared_ptr<CameraSource> camera = hasCamera ? found.choice->camera : nullptr;
     framework_ = services_.makeFramework(camera);
-    authorization_ = services_.makeAuthorization(camera ? std::filesystem::path(camera->devicePath())
-                                                        : found.refusedDevice);
-    chosen(found.choice ? Result<bool>(hasCamera && found.choice->kind != CameraChoice::Kind::Device)
-                        : Result<bool>(found.choice.error()));
+    authorization_ = services_.makeAuthorization(kind, camera ? std::filesystem::path(camera->devicePath())
+                                                              : found.refusedDevice);
+    const bool isSimulated =
+        kind == CameraChoice::Kind::Simulated || kind == CameraChoice::Kind::SimulatedInstead;
+    chosen(found.choice ? Result<bool>(isSimulated) : Result<bool>(found.choice.error()));
     for (const auto &completionHandler : std::exchange(waiting_, {}))
         authorization_->requestAccess(completionHandler);
 }

@@ -27,7 +27,10 @@ public:
         /// A camera that this user may not open, asked where no other is found.
         std::function<std::filesystem::path()> refusedDevice;
         std::function<std::unique_ptr<CaptureFramework>(std::shared_ptr<CameraSource>)> makeFramework;
-        std::function<std::unique_ptr<CameraAuthorization>(std::filesystem::path)> makeAuthorization;
+        /// @param device  of a camera of that kind, or the one that this user may not open; empty: it has
+        /// none
+        std::function<std::shared_ptr<CameraAuthorization>(CameraChoice::Kind, std::filesystem::path device)>
+            makeAuthorization;
     };
     /// Whether it is the simulated one, or why there is no camera.
     using Chosen = std::function<void(const Result<bool> &isSimulated)>;
@@ -61,7 +64,7 @@ private:
     const Services services_;
     bool isChoosing_ = false;
     std::unique_ptr<CaptureFramework> framework_;
-    std::unique_ptr<CameraAuthorization> authorization_; ///< null until the choice is made
+    std::shared_ptr<CameraAuthorization> authorization_; ///< null until the choice is made
     std::vector<std::function<void(bool)>> waiting_;
 
     [[nodiscard]] static Found look(const Services &services);

@@ -4,9 +4,7 @@
 #include "platform/base/LanguageName.h"
 #include "platform/base/Localization.h"
 #include "platform/camera/GstCapture.h"
-#include "platform/camera/GstSetup.h"
 #include "platform/linux/DeviceCameraAuthorization.h"
-#include "platform/linux/V4l2Focus.h"
 #include "platform/persistence/ManagedObjectContext.h"
 #include "screens/gallery/PhotoDetailViewController.h"
 #include "screens/gallery/PhotoListViewController.h"
@@ -54,15 +52,6 @@ std::string appLanguageName()
 }
 
 } // namespace
-
-Result<CameraChoice> findCamera(const std::string &name)
-{
-    auto choice =
-        chooseCamera(name, [](const std::string &path) { return std::make_shared<V4l2Focus>(path); });
-    if (const auto ready = initialiseGStreamer(); !ready)
-        return ready.error();
-    return choice;
-}
 
 Program::Program(const AppOptions &options, int &argc, char **argv, CameraFinder cameraFinder,
                  ProgramFiles files)
@@ -112,6 +101,8 @@ Program::~Program()
 
 LaunchCamera::Services Program::cameraServices(CameraFinder cameraFinder)
 {
+    if (const auto portal = desktop_.portalCamera())
+        cameraFinder = findInSandbox(portal, std::move(cameraFinder));
     return {
         .mainQueue = mainQueue_,
         .choose = [find = std::move(cameraFinder), name = options_.camera] { return find(name); },
@@ -120,8 +111,11 @@ LaunchCamera::Services Program::cameraServices(CameraFinder cameraFinder)
             return std::make_unique<GstCapture>(
                 GstCapture::Services{.queues = queues_, .camera = std::move(camera)});
         },
-        .makeAuthorization = [this](std::filesystem::path device) -> std::unique_ptr<CameraAuthorization> {
-            return std::make_unique<DeviceCameraAuthorization>(std::move(device), mainQueue_);
+        .makeAuthorization = [this](CameraChoice::Kind kind,
+                                    std::filesystem::path device) -> std::shared_ptr<CameraAuthorization> {
+            if (kind == CameraChoice::Kind::Remote)
+                return desktop_.portalCamera();
+            return std::make_shared<DeviceCameraAuthorization>(std::move(device), mainQueue_);
         }};
 }
 
@@ -133,11 +127,7 @@ void Program::registerComponents()
     if (options_.noAnalytics)
         return;
     analytics_ = std::make_unique<ProgramAnalytics>(
-        ProgramAnalytics::Services{.queues = queues_,
-                                   .clock = clock_,
-                                   .console = console_,
-                                   .transport = transport_,
-                                   .notificationCenter = notificationCenter_},
+        ProgramAnalytics::Services{queues_, clock_, console_, transport_, notificationCenter_},
         ProgramAnalytics::places(directories_, deployment_), options_.launchSwitches);
     firApp_.registerComponent([this](const FIROptions & /*options*/) { analytics_->start(); });
     tellEngine();
@@ -255,7 +245,7 @@ std::shared_ptr<Window> Program::makeWindow()
 
 PhotoDataManager Program::photoDataManager()
 {
-    return PhotoDataManager({*delegate_, notificationCenter_, clock_, console_, &thumbnails_});
+    return PhotoDataManager({*delegate_, notificationCenter_, clock_, console_, &thumbnails_, &storageRoom_});
 }
 
 Storyboard Program::galleryStoryboard()
@@ -290,6 +280,13 @@ std::shared_ptr<ViewController> Program::makeMainScreen()
                                         .framework = camera_,
                                         .store = *delegate_,
                                         .thumbnails = &thumbnails_,
+                                        .storage = std::make_shared<StorageWatch>(
+                                            StorageWatch::Services{.mainQueue = mainQueue_,
+                                                                   .queues = queues_,
+                                                                   .notificationCenter = notificationCenter_,
+                                                                   .freeSpace = freeSpace_,
+                                                                   .room = storageRoom_,
+                                                                   .folder = directories_.data}),
                                         .cameraAuthorization = camera_,
                                         .photoLibrary = photoLibrary_,
                                         .haptics = desktop_.haptics(),

@@ -3,6 +3,7 @@
 #include "app/AppActivity.h"
 #include "app/AppDelegate.h"
 #include "app/AppOptions.h"
+#include "app/CameraFinder.h"
 #include "app/DesktopServices.h"
 #include "app/LaunchCamera.h"
 #include "app/MainQueue.h"
@@ -13,6 +14,7 @@
 #include "platform/base/AsioQueues.h"
 #include "platform/base/StandardConsole.h"
 #include "platform/linux/BackgroundThread.h"
+#include "platform/linux/FileSystemSpace.h"
 #include "platform/linux/FileWatch.h"
 #include "platform/linux/PicturesLibrary.h"
 #include "platform/linux/ProgramFiles.h"
@@ -31,11 +33,6 @@
 #include <vector>
 
 namespace skyflare {
-
-/// Finds the camera of that name, and makes ready what every camera needs. On a thread of its own.
-using CameraFinder = std::function<Result<CameraChoice>(const std::string &name)>;
-/// What the machine has, or the simulated one: chooseCamera().
-Result<CameraChoice> findCamera(const std::string &name);
 
 /// The app: what it is made of, in the order in which the parts need each other. One a process.
 ///
@@ -63,6 +60,8 @@ private:
     std::unique_ptr<SingleInstance> instance_;
     AsioQueues queues_{&becomeWorkingThread}; // photos are encoded there: the live picture goes on
     const std::shared_ptr<SerialQueue> storageQueue_ = queues_.makeSerialQueue("storage");
+    const FileSystemSpace freeSpace_;
+    StorageRoom storageRoom_;
     ThumbnailCache thumbnails_{directories_.cache / "thumbnails", *storageQueue_};
     NotificationCenter notificationCenter_;
     UserDefaults defaults_{directories_.config / standardUserDefaultsFile, console_};

@@ -4,6 +4,7 @@
 #include "analytics/store/Gzip.h"
 #include "collector/BatchCheck.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -118,9 +119,14 @@ void Collector::store(std::vector<Request> requests)
     group.reserve(requests.size());
     for (Request &request : requests)
         group.push_back({std::move(request), stored, {}});
-    CollectorTally tally;
-    const auto done = storeAll(group, tally);
-    answer(group, tally, done);
+    CollectorTally taken;
+    const auto done = storeAll(group, taken);
+    if (!done)
+        putOffAll(group);
+    count(group, done ? taken : CollectorTally());
+    setTrouble(done);
+    for (const InHand &each : group)
+        each.request.answer(each.status, each.reason);
 }
 
 Result<> Collector::storeAll(std::vector<InHand> &group, CollectorTally &tally)
@@ -204,38 +210,42 @@ Result<> Collector::takeBundle(const APMMeasurementBundle &bundle, const Arrival
     return {};
 }
 
-void Collector::answer(std::vector<InHand> &group, const CollectorTally &tally, const Result<> &done)
+void Collector::putOffAll(std::vector<InHand> &group)
 {
-    std::uint64_t refusals = 0;
     for (InHand &each : group) {
-        if (!done && each.status == stored) {
-            each.status = putOff;
-            each.reason = "the events cannot be stored now";
-        }
-        refusals += each.status == refused ? 1 : 0;
+        if (each.status != stored)
+            continue;
+        each.status = putOff;
+        each.reason = "the events cannot be stored now";
     }
-    bool isNewTrouble = false;
+}
+
+void Collector::count(const std::vector<InHand> &group, const CollectorTally &taken)
+{
+    const auto answered = [&group](int status) {
+        return static_cast<std::uint64_t>(std::ranges::count(group, status, &InHand::status));
+    };
+    const std::scoped_lock lock(mutex_);
+    tally_.requests += group.size();
+    tally_.refused += answered(refused);
+    tally_.putOff += answered(putOff);
+    tally_.bundles += taken.bundles;
+    tally_.events += taken.events;
+    tally_.duplicates += taken.duplicates;
+}
+
+/// Tells of the first failure, and of the end of a trouble.
+void Collector::setTrouble(const Result<> &done)
+{
+    const std::string trouble = done ? std::string() : done.error().description();
     {
         const std::scoped_lock lock(mutex_);
-        tally_.requests += group.size();
-        tally_.refused += refusals;
-        if (done) {
-            tally_.bundles += tally.bundles;
-            tally_.events += tally.events;
-            tally_.duplicates += tally.duplicates;
-        } else {
-            tally_.putOff += group.size() - refusals;
-        }
-        const std::string trouble = done ? std::string() : done.error().description();
-        isNewTrouble = trouble != trouble_;
+        if (trouble_ == trouble)
+            return;
         trouble_ = trouble;
     }
-    if (isNewTrouble)
-        services_.console.reportLine(done ? "skyflare-collector: events are stored again"
-                                          : "skyflare-collector: nothing can be stored: " +
-                                                done.error().description());
-    for (InHand &each : group)
-        each.request.answer(each.status, each.reason);
+    services_.console.reportLine("skyflare-collector: " +
+                                 (done ? "events are stored again" : "nothing can be stored: " + trouble));
 }
 
 } // namespace skyflare

@@ -99,7 +99,9 @@ private:
     Result<> take(InHand &each, CollectorTally &tally);
     [[nodiscard]] Result<APMMeasurementBatch> decode(const Request &request) const;
     Result<> takeBundle(const APMMeasurementBundle &bundle, const Arrival &arrival, CollectorTally &tally);
-    void answer(std::vector<InHand> &group, const CollectorTally &tally, const Result<> &stored);
+    static void putOffAll(std::vector<InHand> &group);
+    void count(const std::vector<InHand> &group, const CollectorTally &taken);
+    void setTrouble(const Result<> &done);
 };
 
 } // namespace skyflare

@@ -1,5 +1,7 @@
 #include "collector/EventFile.h"
 
+#include "platform/base/Files.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -7,7 +9,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <string>
 #include <utility>
 
 namespace skyflare {
@@ -15,25 +16,6 @@ namespace skyflare {
 namespace fs = std::filesystem;
 
 namespace {
-
-Error fileError(std::string_view what, const fs::path &path, int code)
-{
-    return {"file",
-            code,
-            std::string(what) + " " + path.string() + ": " + std::generic_category().message(code),
-            {{"path", path.string()}}};
-}
-
-/// A new file's name outlives a power cut only with its folder.
-bool syncFolder(const fs::path &folder)
-{
-    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-        return false;
-    const bool isSynced = fsync(descriptor) == 0 || errno == EINVAL;
-    close(descriptor);
-    return isSynced;
-}
 
 /// Nothing, with errno set, where it cannot be said.
 std::optional<FileIdentity> readIdentity(int folder, const char *path, int flags)
@@ -62,8 +44,8 @@ Result<EventFile> EventFile::open(const fs::path &path)
     if (flock(file.descriptor_, LOCK_EX | LOCK_NB) != 0)
         return errno == EWOULDBLOCK ? Error{"file", errno, "another process is writing " + path.string()}
                                     : file.error("cannot lock");
-    if (!syncFolder(folder))
-        return fileError("cannot sync", folder, errno);
+    if (const auto synced = syncFolder(folder); !synced)
+        return synced.error();
     return file;
 }
 

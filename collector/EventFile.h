@@ -13,8 +13,8 @@ namespace skyflare {
 /// another one after the machine's next start.
 struct FileIdentity {
     std::int64_t inode = 0;
-    std::int64_t born =
-        0; ///< nanoseconds since 1970, 0 where the file system does not say: numbers are used again
+    /// Nanoseconds since 1970, for numbers are used again; 0 where the file system does not say.
+    std::int64_t born = 0;
 
     bool operator==(const FileIdentity &) const = default;
 };

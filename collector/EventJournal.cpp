@@ -1,5 +1,7 @@
 #include "collector/EventJournal.h"
 
+#include "platform/base/Files.h"
+
 #include <system_error>
 
 #include <chrono>
@@ -40,8 +42,7 @@ Result<std::unique_ptr<EventJournal>> EventJournal::open(CollectorPlaces places,
     std::error_code failure;
     fs::create_directories(places.stateFolder, failure);
     if (failure)
-        return Error{"file", failure.value(),
-                     "cannot make the folder " + places.stateFolder.string() + ": " + failure.message()};
+        return fileError("cannot make the folder", places.stateFolder, failure.value());
     auto lock = OwnerLock::acquire(places.stateFolder / databaseName);
     if (!lock)
         return lock.error();
@@ -131,8 +132,7 @@ Result<> EventJournal::cutRotated(const Mark &committed) const
     if (fs::file_size(rotated, failure) > length && !failure)
         fs::resize_file(rotated, length, failure);
     if (failure)
-        return Error{"file", failure.value(),
-                     "cannot shorten " + rotated.string() + ": " + failure.message()};
+        return fileError("cannot shorten", rotated, failure.value());
     return {};
 }
 

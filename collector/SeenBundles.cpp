@@ -21,13 +21,20 @@ constexpr std::string_view forgetSql =
     "DELETE FROM seen WHERE (app_instance_id, database_id, first) IN "
     "(SELECT app_instance_id, database_id, first FROM seen WHERE day < ? LIMIT 500)";
 
-Result<> bindName(Statement &statement, const BundleName &name, std::int64_t index)
+/// A statement whose first three values are a bundle's name and an index.
+Result<Statement> statementOn(Database &database, std::string_view sql, const BundleName &name,
+                              std::int64_t index)
 {
-    if (const auto bound = statement.bind(1, std::string_view(name.appInstanceId)); !bound)
+    auto statement = database.prepare(sql);
+    if (!statement)
+        return statement;
+    if (const auto bound = statement->bind(1, std::string_view(name.appInstanceId)); !bound)
         return bound.error();
-    if (const auto bound = statement.bind(2, std::string_view(name.databaseId)); !bound)
+    if (const auto bound = statement->bind(2, std::string_view(name.databaseId)); !bound)
         return bound.error();
-    return statement.bind(3, index);
+    if (const auto bound = statement->bind(3, index); !bound)
+        return bound.error();
+    return statement;
 }
 
 } // namespace
@@ -39,11 +46,9 @@ Result<> SeenBundles::prepare()
 
 Result<SeenBundles::Range> SeenBundles::rangeBefore(const BundleName &name)
 {
-    auto statement = database_.prepare(rangeSql);
+    auto statement = statementOn(database_, rangeSql, name, name.index);
     if (!statement)
         return statement.error();
-    if (const auto bound = bindName(*statement, name, name.index); !bound)
-        return bound.error();
     const auto row = statement->step();
     if (!row)
         return row.error();
@@ -55,11 +60,9 @@ Result<SeenBundles::Range> SeenBundles::rangeBefore(const BundleName &name)
 
 Result<std::int64_t> SeenBundles::takeRangeBehind(const BundleName &name)
 {
-    auto statement = database_.prepare(takeSql);
+    auto statement = statementOn(database_, takeSql, name, name.index);
     if (!statement)
         return statement.error();
-    if (const auto bound = bindName(*statement, name, name.index); !bound)
-        return bound.error();
     std::int64_t last = name.index;
     for (;;) { // to its end: only then is the row gone
         const auto row = statement->step();
@@ -73,11 +76,9 @@ Result<std::int64_t> SeenBundles::takeRangeBehind(const BundleName &name)
 
 Result<> SeenBundles::put(const BundleName &name, const Range &range)
 {
-    auto statement = database_.prepare(putSql);
+    auto statement = statementOn(database_, putSql, name, range.first);
     if (!statement)
         return statement.error();
-    if (const auto bound = bindName(*statement, name, range.first); !bound)
-        return bound.error();
     if (const auto bound = statement->bind(4, range.last); !bound)
         return bound.error();
     if (const auto bound = statement->bind(5, range.day); !bound)

@@ -40,8 +40,11 @@ void PhotoDataManager::saveImage(const Image &image)
     ManagedObjectContext &context = services_.delegate.persistentContainer().viewContext();
     const auto photo = context.insertNewObject(photoEntityName);
     // A photo that cannot be encoded is stored all the same, without data.
-    if (auto png = image.pngData())
+    std::size_t bytes = 0;
+    if (auto png = image.pngData()) {
+        bytes = (*png)->size();
         photo->setValue(std::make_shared<const MemoryBytes>(*std::move(png)), photoKeys::photoData);
+    }
     const std::string uuid = makeUuid();
     if (services_.thumbnails)
         keepSmallCopy(image, services_.thumbnails->reducedPicture(uuid));
@@ -51,6 +54,8 @@ void PhotoDataManager::saveImage(const Image &image)
         services_.console.printLine("Failed to save image: " + saved.error().description());
         return;
     }
+    if (services_.storageRoom && bytes > 0)
+        services_.storageRoom->photoStored(bytes);
     services_.notificationCenter.postNotificationName(countDidChange);
 }
 
@@ -84,6 +89,13 @@ std::int64_t PhotoDataManager::photoCount()
         return *count;
     services_.console.printLine("Failed to count photos: " + count.error().description());
     return 0;
+}
+
+bool PhotoDataManager::mayHavePhoto(const std::string &uuid)
+{
+    const auto count =
+        services_.delegate.persistentContainer().viewContext().countForFetchRequest(requestFor(uuid));
+    return !count || *count > 0;
 }
 
 void PhotoDataManager::deletePhoto(std::string_view uuid)
@@ -126,11 +138,8 @@ void PhotoDataManager::sweepThumbnails()
 {
     if (!services_.thumbnails)
         return;
-    services_.thumbnails->sweep([&delegate = services_.delegate](const std::string &uuid) {
-        const auto count =
-            delegate.persistentContainer().viewContext().countForFetchRequest(requestFor(uuid));
-        return !count || *count > 0;
-    });
+    services_.thumbnails->sweep(
+        [photos = *this](const std::string &uuid) mutable { return photos.mayHavePhoto(uuid); });
 }
 
 } // namespace skyflare

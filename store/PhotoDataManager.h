@@ -5,9 +5,11 @@
 #include "platform/base/NotificationCenter.h"
 #include "store/PersistentContainerProvider.h"
 #include "store/PhotoModel.h"
+#include "store/StorageRoom.h"
 #include "store/ThumbnailCache.h"
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -32,6 +34,7 @@ public:
         const Clock &clock;
         Console &console;
         ThumbnailCache *thumbnails = nullptr; ///< from which photos are shown small; null: from themselves
+        StorageRoom *storageRoom = nullptr;   ///< hears how large stored photos are; may be null
     };
 
     explicit PhotoDataManager(const Services &services) : services_(services) {}
@@ -44,6 +47,8 @@ public:
     std::vector<PhotoModel> fetchImages(int limit);
 
     std::int64_t photoCount();
+    /// Whether a photo of that identity is in the store, or nobody can tell.
+    bool mayHavePhoto(const std::string &uuid);
 
     /// Deletes every photo of that identity. Posts "CountDidChange" also when there was none.
     void deletePhoto(std::string_view uuid);

@@ -4,6 +4,12 @@
 
 namespace skyflare {
 
+namespace {
+
+constexpr auto littleRoom = "there is room for fewer than 20 more photos";
+
+} // namespace
+
 void WatchRun::start()
 {
     startedAt_ = services_.realClock.secondsOfUptime();
@@ -16,6 +22,7 @@ void WatchRun::start()
         fail("the camera cannot be used");
         return finish();
     }
+    watchStorage();
     if (limits_.durationSeconds) {
         const std::chrono::duration<double> duration(*limits_.durationSeconds);
         services_.mainQueue.asyncAfter(std::chrono::duration_cast<std::chrono::nanoseconds>(duration),
@@ -26,11 +33,33 @@ void WatchRun::start()
     }
 }
 
+void WatchRun::watchStorage()
+{
+    services_.storage->begin([weak = weak_from_this()](StorageLevel level) {
+        if (const auto self = weak.lock())
+            self->storageDidChange(level);
+    });
+    services_.storage->runBegins();
+}
+
+void WatchRun::storageDidChange(StorageLevel level)
+{
+    if (stopping_)
+        return;
+    if (level == StorageLevel::Low)
+        report(littleRoom);
+    if (level != StorageLevel::Full)
+        return;
+    fail(std::string(noRoom));
+    stop();
+}
+
 void WatchRun::stop()
 {
     if (stopping_)
         return;
     stopping_ = true;
+    services_.storage->runEnds();
     services_.captureManager->setRunningStatus(false);
     services_.logManager.logEvent(LogEvent::StopCapture);
     services_.captureManager->captureSession()->stopRunning();
@@ -81,6 +110,7 @@ void WatchRun::sessionDidChange(const SessionEvent &event)
     switch (event.kind) {
     case SessionEvent::Kind::Started:
         framesPerSecond_ = event.format.framesPerSecond;
+        services_.storage->setFrameSize(event.format.width, event.format.height);
         services_.report.started(event);
         break;
     case SessionEvent::Kind::Ended:
@@ -97,7 +127,7 @@ void WatchRun::sessionDidChange(const SessionEvent &event)
         break;
     case SessionEvent::Kind::Stopped:
         if (!event.message.empty())
-            services_.console.reportLine("skyflare-watch: " + event.message);
+            report(event.message);
         drainThenFinish();
         break;
     }
@@ -106,6 +136,11 @@ void WatchRun::sessionDidChange(const SessionEvent &event)
 void WatchRun::fail(const std::string &message)
 {
     failed_ = true;
+    report(message);
+}
+
+void WatchRun::report(const std::string &message)
+{
     services_.console.reportLine("skyflare-watch: " + message);
 }
 

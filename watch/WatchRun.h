@@ -2,6 +2,7 @@
 
 #include "capture/AutoSave.h"
 #include "capture/CaptureManager.h"
+#include "capture/StorageWatch.h"
 #include "logging/LogManager.h"
 #include "watch/CommittedPhotos.h"
 #include "watch/FrameTally.h"
@@ -11,8 +12,13 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string_view>
 
 namespace skyflare {
+
+/// Why no run begins, or one ends.
+inline constexpr std::string_view noRoom =
+    "there is no room for more photos; delete some, or free space where they are stored";
 
 /// One run of skyflare-watch, from start to the last line: does with each photo what the main screen would,
 /// and tells the report.
@@ -39,6 +45,7 @@ public:
         FrameTally &tally;
         LogManager &logManager;
         AutoSave &autoSave;
+        std::shared_ptr<StorageWatch> storage;
         PhotoExport *photoExport; ///< may be null
         std::function<void()> finished;
     };
@@ -68,8 +75,11 @@ private:
     bool failed_ = false;
     std::shared_ptr<SerialQueue> finishing_;
 
+    void watchStorage();
+    void storageDidChange(StorageLevel level);
     void announceNewPhotos(float difference);
     void fail(const std::string &message);
+    void report(const std::string &message);
     void drainThenFinish();
     void storeWhatWaits();
     void finish();

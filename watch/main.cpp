@@ -6,6 +6,7 @@
 #include "platform/camera/FilmSource.h"
 #include "platform/camera/GstCapture.h"
 #include "platform/camera/SimulatedSkySource.h"
+#include "platform/linux/FileSystemSpace.h"
 #include "platform/linux/PicturesLibrary.h"
 #include "platform/linux/ProgramFiles.h"
 #include "platform/linux/SystemClock.h"
@@ -97,6 +98,8 @@ private:
     AsioQueues queues_;
     NotificationCenter notificationCenter_;
     UserDefaults defaults_;
+    const FileSystemSpace freeSpace_;
+    StorageRoom storageRoom_;
     CurlTransport transport_;
     std::unique_ptr<ProgramAnalytics> analytics_; ///< null: this run is not measured
     WatchStore store_;
@@ -147,15 +150,11 @@ void Program::end()
 void Program::startAnalytics()
 {
     analytics_ = std::make_unique<ProgramAnalytics>(
-        ProgramAnalytics::Services{.queues = queues_,
-                                   .clock = clock_,
-                                   .console = console_,
-                                   .transport = transport_,
-                                   .notificationCenter = notificationCenter_},
+        ProgramAnalytics::Services{queues_, clock_, console_, transport_, notificationCenter_},
         ProgramAnalytics::places(directories_, readDeployment(console_)), options_.launchSwitches);
     analytics_->start();
-    FIRAnalytics::applicationDidBecomeActive(); // there is no window: it is before the user as long as it
-                                                // runs
+    // There is no window: it is before the user as long as it runs.
+    FIRAnalytics::applicationDidBecomeActive();
 }
 
 int Program::run()
@@ -187,6 +186,9 @@ int Program::prepareAndWatch()
     auto camera = chosenSource();
     if (!camera)
         return complain(sourceFailed, camera.error().message);
+    // Main serves no loop yet: it may wait for the file system, as it does for the store.
+    if (storageLevel(storageRoom_, freeSpace_.bytesAvailable(directories_.data)) == StorageLevel::Full)
+        return complain(sourceFailed, std::string(noRoom));
     if (const auto loaded = store_.load(); !loaded)
         return complain(sourceFailed, unresolvedError(loaded.error()));
 
@@ -221,7 +223,11 @@ int Program::watch(std::shared_ptr<CameraSource> camera, std::unique_ptr<FramesC
 
     GstCapture framework(
         {.queues = queues_, .camera = std::move(camera), .gate = isFilm ? &filmTime : nullptr});
-    const PhotoDataManager photos({store_, notificationCenter_, clock, console_});
+    const PhotoDataManager photos({.delegate = store_,
+                                   .notificationCenter = notificationCenter_,
+                                   .clock = clock,
+                                   .console = console_,
+                                   .storageRoom = &storageRoom_});
     FrameTally tally(clock, std::move(csv));
     LogManager logManager(clock, console_);
     PicturesLibrary library(directories_.pictures, queues_.globalUserInitiated());
@@ -241,6 +247,9 @@ int Program::watch(std::shared_ptr<CameraSource> camera, std::unique_ptr<FramesC
          .armingDelay = std::chrono::duration_cast<std::chrono::nanoseconds>(armAfter)});
     applyLevels(*manager);
 
+    // In real time, for a film too: disks know no other.
+    const auto storage = std::make_shared<StorageWatch>(StorageWatch::Services{
+        loop_, queues_, notificationCenter_, freeSpace_, storageRoom_, directories_.data});
     run_ = std::make_shared<WatchRun>(WatchRun::Services{.captureManager = manager,
                                                          .mainQueue = mainQueue,
                                                          .queues = queues_,
@@ -254,6 +263,7 @@ int Program::watch(std::shared_ptr<CameraSource> camera, std::unique_ptr<FramesC
                                                          .tally = tally,
                                                          .logManager = logManager,
                                                          .autoSave = autoSave,
+                                                         .storage = storage,
                                                          .photoExport = photoExport,
                                                          .finished = [this] { end(); }},
                                       WatchRun::Limits{options_.durationSeconds, options_.photos});

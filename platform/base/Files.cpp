@@ -11,17 +11,9 @@
 
 namespace skyflare {
 
-namespace {
-
 namespace fs = std::filesystem;
 
-Error fileError(std::string_view what, const fs::path &path, int code)
-{
-    return {"file",
-            code,
-            std::string(what) + " " + path.string() + ": " + std::generic_category().message(code),
-            {{"path", path.string()}}};
-}
+namespace {
 
 /// An open file, closed when this ends.
 class Descriptor {
@@ -82,7 +74,16 @@ Result<> writeNew(const fs::path &path, std::span<const std::uint8_t> bytes, Dur
     return fileError("cannot write", path, code);
 }
 
-/// Makes sure that a rename in `folder` outlives a power cut.
+} // namespace
+
+Error fileError(std::string_view what, const fs::path &path, int code)
+{
+    return {"file",
+            code,
+            std::string(what) + " " + path.string() + ": " + std::generic_category().message(code),
+            {{"path", path.string()}}};
+}
+
 Result<> syncFolder(const fs::path &folder)
 {
     const Descriptor opened(folder, O_RDONLY | O_DIRECTORY);
@@ -93,8 +94,6 @@ Result<> syncFolder(const fs::path &folder)
         return fileError("cannot sync", folder, errno);
     return {};
 }
-
-} // namespace
 
 Result<Bytes> readFile(const fs::path &path)
 {

@@ -14,6 +14,7 @@ struct CameraChoice {
         Device,
         Simulated,        ///< as it was asked for
         SimulatedInstead, ///< since there is no camera
+        Remote,           ///< the desktop's, which asks the user first
     };
 
     std::shared_ptr<CameraSource> camera; ///< always there

@@ -32,7 +32,8 @@ const char *pacerFor(Pacing pacing)
 
 bool givesRawPictures(GstPad *pad)
 {
-    const Caps caps(gst_pad_query_caps(pad, nullptr));
+    const Caps agreed(gst_pad_get_current_caps(pad));
+    const Caps caps(agreed ? gst_caps_ref(agreed.get()) : gst_pad_query_caps(pad, nullptr));
     const Caps raw(gst_caps_new_empty_simple("video/x-raw"));
     return gst_caps_can_intersect(caps.get(), raw.get());
 }

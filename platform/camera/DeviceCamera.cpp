@@ -1,37 +1,9 @@
 #include "platform/camera/DeviceCamera.h"
 
 #include "platform/camera/CameraFormats.h"
-#include "platform/camera/GstSetup.h"
+#include "platform/camera/PipeWireElement.h"
 
 namespace skyflare {
-
-namespace {
-
-/// Without "Video" PipeWire's session manager takes the stream for sound, and silently lets go of it. Not
-/// every camera of PipeWire's says when its pictures were taken: then the moment counts at which they come.
-/// And each picture is copied: its memory is taken away while it is still looked at when the camera goes.
-void setUpPipeWire(GstElement *pipewireSource)
-{
-    const Structure properties(gst_structure_new("props", "media.type", G_TYPE_STRING, "Video",
-                                                 "media.category", G_TYPE_STRING, "Capture", "media.role",
-                                                 G_TYPE_STRING, "Camera", nullptr));
-    g_object_set(pipewireSource, "stream-properties", properties.get(), "do-timestamp", TRUE, "always-copy",
-                 TRUE, nullptr);
-}
-
-/// The two as one element with a "src" pad. Takes both.
-Result<Element> inOneBin(Element source, Element filter)
-{
-    Element bin(GST_ELEMENT(gst_object_ref_sink(gst_bin_new(nullptr))));
-    gst_bin_add_many(GST_BIN(bin.get()), source.get(), filter.get(), nullptr);
-    if (!gst_element_link(source.get(), filter.get()))
-        return Error{"camera", 0, "its pictures are of a kind that cannot be read"};
-    const Pad pad(gst_element_get_static_pad(filter.get(), "src"));
-    gst_element_add_pad(bin.get(), gst_ghost_pad_new("src", pad.get()));
-    return bin;
-}
-
-} // namespace
 
 Result<> DeviceCamera::lockForConfiguration()
 {
@@ -94,11 +66,7 @@ Result<Element> DeviceCamera::makeElement() const
     const Caps chosen = chosenCaps(offered.get());
     if (!chosen)
         return Error{"camera", 0, facts_.name + " gives no pictures that can be read"};
-    auto filter = makeGstElement("capsfilter");
-    if (!filter)
-        return filter.error();
-    g_object_set(filter->get(), "caps", chosen.get(), nullptr);
-    return inOneBin(std::move(source), std::move(*filter));
+    return heldToFormat(std::move(source), chosen.get(), PadComes::AtOnce);
 }
 
 std::shared_ptr<void> DeviceCamera::whenRemoved(std::function<void()> removed) const

@@ -82,16 +82,45 @@ const char *orNull(const std::string &text)
 BusConnection::BusConnection(MessageBus::Kind kind, const MessageBus::Services &services)
     : kind_(kind), services_(services)
 {
+    if (services_.greeting)
+        watchGreeted();
+}
+
+/// Heard before whoever else listens for that service: they are told by way of the queue.
+void BusConnection::watchGreeted()
+{
+    constexpr std::uint64_t ownListener = 0; // nobody else's number
+    constexpr const char *bus = "org.freedesktop.DBus";
+    const auto say = [this](const BusCall &call, MessageBus::Answer answered) {
+        send(call, std::move(answered));
+    };
+    greeted_.emplace(*services_.greeting, say, services_.console);
+    const auto changed = [this](const BusSignal &signal) {
+        const char *oldOwner = nullptr;
+        const char *newOwner = nullptr;
+        g_variant_get(signal.values.get(), "(&s&s&s)", nullptr, &oldOwner, &newOwner);
+        greeted_->ownerChanged(oldOwner, newOwner);
+    };
+    listeners_[ownListener] = {
+        {bus, "/org/freedesktop/DBus", bus, "NameOwnerChanged", "(sss)", services_.greeting->call.service},
+        changed};
 }
 
 void BusConnection::call(BusCall call, MessageBus::Answer answer)
 {
-    if (connection_) {
-        send(call, std::move(answer));
-        return;
+    if (!connection_) {
+        waiting_.emplace_back(std::move(call), std::move(answer));
+        connect();
+    } else if (greeted_ && greeted_->holds(call)) {
+        greeted_->whenGreeted([this, call = std::move(call), answer = std::move(answer)] {
+            if (connection_)
+                forward(call, answer);
+            else
+                this->call(call, answer); // on the next one
+        });
+    } else {
+        forward(call, std::move(answer));
     }
-    waiting_.emplace_back(std::move(call), std::move(answer));
-    connect();
 }
 
 void BusConnection::announce(const BusAnnouncement &announcement)
@@ -142,6 +171,8 @@ void BusConnection::close()
 {
     g_cancellable_cancel(ending_.get());
     lossWatchers_.clear();
+    if (greeted_)
+        greeted_->forget();
     disconnect();
     listeners_.clear();
     offers_.clear();
@@ -210,7 +241,7 @@ void BusConnection::connected(Result<Connection> connection)
     for (auto &[id, offer] : offers_)
         publish(offer);
     for (auto &[call, answer] : waiting)
-        send(call, std::move(answer));
+        this->call(std::move(call), std::move(answer));
 }
 
 void BusConnection::disconnect()
@@ -223,6 +254,8 @@ void BusConnection::disconnect()
     for (auto &[id, offer] : offers_)
         withdraw(offer);
     connection_.reset();
+    if (greeted_)
+        greeted_->lose();
     reportLoss();
 }
 
@@ -232,24 +265,30 @@ void BusConnection::reportLoss() const
         lost();
 }
 
-void BusConnection::send(const BusCall &call, MessageBus::Answer answer)
+void BusConnection::forward(const BusCall &call, MessageBus::Answer answer)
+{
+    send(call,
+         [this, answer = std::move(answer)](const Result<BusAnswer> &result) { deliver(answer, result); });
+}
+
+void BusConnection::send(const BusCall &call, MessageBus::Answer answered)
 {
     auto done = [self = shared_from_this(), connection = connection_.get(),
-                 answer = std::move(answer)](GAsyncResult *result) {
+                 answered = std::move(answered)](GAsyncResult *result) {
         GError *error = nullptr;
         GUnixFDList *files = nullptr;
         GVariant *values =
             g_dbus_connection_call_with_unix_fd_list_finish(connection, &files, result, &error);
         const Handle<GUnixFDList, &g_object_unref> owned(files);
         if (values == nullptr)
-            self->deliver(answer, errorFrom(error));
+            answered(errorFrom(error));
         else
-            self->deliver(answer, answerFrom(values, files));
+            answered(answerFrom(values, files));
     };
     g_dbus_connection_call_with_unix_fd_list(
         connection_.get(), call.service.c_str(), call.path.c_str(), call.interface.c_str(),
         call.method.c_str(), call.arguments.get(), G_VARIANT_TYPE(call.answerType), G_DBUS_CALL_FLAGS_NONE,
-        -1, nullptr, ending_.get(), &runDone, box(std::move(done)));
+        static_cast<int>(call.longestWait.count()), nullptr, ending_.get(), &runDone, box(std::move(done)));
 }
 
 void BusConnection::listen(Listener &listener)

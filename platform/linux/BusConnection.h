@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/base/Handle.h"
+#include "platform/linux/GreetedService.h"
 #include "platform/linux/MessageBus.h"
 
 #include <gio/gio.h>
@@ -70,11 +71,16 @@ private:
     std::map<std::uint64_t, Listener> listeners_;
     std::map<std::uint64_t, Offer> offers_;
     std::map<std::uint64_t, std::function<void()>> lossWatchers_;
+    std::optional<GreetedService> greeted_;
 
     void connect();
     void connected(Result<Connection> connection);
     void disconnect();
-    void send(const BusCall &call, MessageBus::Answer answer);
+    void watchGreeted();
+    /// The answer goes to the queue.
+    void forward(const BusCall &call, MessageBus::Answer answer);
+    /// @param answered  called on the platform thread
+    void send(const BusCall &call, MessageBus::Answer answered);
     void listen(Listener &listener);
     void reportLoss() const;
     void publish(Offer &offer);

@@ -1,8 +1,11 @@
 #include "platform/linux/DesktopIdleInhibitor.h"
 
+#include "platform/linux/Portal.h"
+
 #include <gio/gio.h>
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <utility>
 
@@ -12,6 +15,7 @@ namespace {
 
 constexpr std::uint32_t idle = 8; // the portal and the session manager have the same flag for it
 constexpr unsigned mostRenewals = 16;
+constexpr std::chrono::seconds patience{25}; // with one that does not answer
 constexpr const char *appName = "Skyflare";
 
 struct Question {
@@ -51,8 +55,7 @@ GVariant *sessionManagerArguments(const Question &question)
 }
 
 constexpr std::array<Way, 3> ways{{
-    {"org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Inhibit",
-     &portalArguments, "(o)", nullptr},
+    {portal::service, portal::path, "org.freedesktop.portal.Inhibit", &portalArguments, "(o)", nullptr},
     {"org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver",
      &screenSaverArguments, "(u)", "UnInhibit"},
     {"org.gnome.SessionManager", "/org/gnome/SessionManager", "org.gnome.SessionManager",
@@ -111,12 +114,22 @@ void DesktopIdleInhibitor::ask(std::size_t index)
     const std::string token = "skyflare_idle_" + std::to_string(++question_);
     if (way.undo == nullptr)
         listenForRefusal(token);
+    const auto weak = weak_from_this();
     bus_.call({way.service, way.path, way.interface, "Inhibit",
-               takeVariant(way.arguments({applicationId_, reason_, token})), way.answerType},
-              [weak = weak_from_this(), question = question_](const Result<BusAnswer> &answer) {
-                  if (const auto self = weak.lock(); self && question == self->question_)
+               takeVariant(way.arguments({applicationId_, reason_, token})), way.answerType,
+               BusCall::forEver},
+              [weak, &way, question = question_](const Result<BusAnswer> &answer) {
+                  const auto self = weak.lock();
+                  if (self && question == self->question_)
                       self->answered(answer);
+                  else if (self && answer) // too late: it would stay awake for good
+                      self->undo(undoing(way, answer->values));
               });
+    mainQueue_.asyncAfter(patience, [weak, &way, question = question_] {
+        const auto self = weak.lock();
+        if (self && question == self->question_ && self->state_ == State::Asking)
+            self->failed({"bus", 0, std::string(way.service) + " does not answer"});
+    });
 }
 
 /// The portal answers at once, and tells later whether its desktop agrees; before the call, lest it be
@@ -201,7 +214,12 @@ void DesktopIdleInhibitor::release()
 {
     refusal_.reset();
     state_ = State::Idle;
-    bus_.call(std::exchange(undo_, {}), [](const Result<BusAnswer> & /*answer*/) {});
+    undo(std::exchange(undo_, {}));
+}
+
+void DesktopIdleInhibitor::undo(BusCall call)
+{
+    bus_.call(std::move(call), [](const Result<BusAnswer> & /*answer*/) {});
 }
 
 } // namespace skyflare

@@ -11,17 +11,20 @@
 namespace skyflare {
 
 /// Keeps the screen awake by the desktop portal, else by the screen saver, else by the session manager:
-/// whichever says yes first is asked once, however many want it. When that one goes, or another comes while
-/// none has said yes, all are asked again, but not without end.
+/// whichever says yes first is asked once, however many want it. One that does not answer is passed over, and
+/// a yes that comes too late is given back. When the one goes, or another comes while none has said yes, all
+/// are asked again, but not without end.
 ///
 /// The services let go of it themselves when the program leaves the bus, however it ends. What keeps saying
 /// no is said once; that there is none is no fault.
-/// Threads: main. Shared. Borrows the bus, whose queue is main, and the console.
+/// Threads: main. Shared. Borrows the bus, whose queue is main, that queue, and the
+/// console.
 class DesktopIdleInhibitor final : public IdleInhibitor,
                                    public std::enable_shared_from_this<DesktopIdleInhibitor> {
 public:
-    DesktopIdleInhibitor(MessageBus &sessionBus, Console &console, std::string applicationId)
-        : bus_(sessionBus), console_(console), applicationId_(std::move(applicationId))
+    DesktopIdleInhibitor(MessageBus &sessionBus, SerialQueue &mainQueue, Console &console,
+                         std::string applicationId)
+        : bus_(sessionBus), mainQueue_(mainQueue), console_(console), applicationId_(std::move(applicationId))
     {
     }
 
@@ -31,6 +34,7 @@ private:
     enum class State { Idle, Asking, Held };
 
     MessageBus &bus_;
+    SerialQueue &mainQueue_;
     Console &console_;
     const std::string applicationId_;
     std::vector<MessageBus::Subscription> services_;
@@ -57,6 +61,7 @@ private:
     void serviceChanged(std::size_t way, bool isThere);
     void unwanted();
     void release();
+    void undo(BusCall call);
 };
 
 } // namespace skyflare

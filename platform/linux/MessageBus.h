@@ -6,9 +6,12 @@
 #include "platform/linux/OpenFile.h"
 #include "platform/linux/PlatformThread.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +34,10 @@ struct BusCall {
     std::string method;
     Variant arguments;             ///< a tuple; empty: none
     const char *answerType = "()"; ///< another answer is an error
+    /// Then it has failed, and an answer that comes later is dropped.
+    std::chrono::milliseconds longestWait{25'000};
+
+    static constexpr std::chrono::milliseconds forEver{std::numeric_limits<int>::max()}; ///< as GIO has it
 };
 
 struct BusAnswer {
@@ -82,6 +89,12 @@ struct BusObject {
     std::function<Result<Variant>(const BusRequest &)> serve;
 };
 
+/// What is said to a service before anything else is called of it.
+struct BusGreeting {
+    BusCall call;
+    std::string refused; ///< told to the console, once, with the reason, where the service says no
+};
+
 /// Whether the service or what was asked of it does not exist here: nothing is out of order.
 bool isMissing(const Error &error);
 
@@ -98,6 +111,7 @@ public:
         PlatformThread &thread;
         SerialQueue &queue; ///< where answers and signals come
         Console &console;
+        std::optional<BusGreeting> greeting = std::nullopt;
     };
     using Answer = std::function<void(const Result<BusAnswer> &)>;
     using Handler = std::function<void(const BusSignal &)>;
@@ -111,7 +125,7 @@ public:
     MessageBus &operator=(const MessageBus &) = delete;
 
     /// Starts the service if the bus knows how to.
-    /// @param answer  comes once, after 25 s at most; the error's domain is the error's name on the bus
+    /// @param answer  comes once; the error's domain is the error's name on the bus
     void call(BusCall call, Answer answer);
     /// Without a connection it is lost: nobody has heard of us yet.
     void announce(BusAnnouncement announcement);

@@ -1,5 +1,7 @@
 #include "platform/linux/PortalAppearance.h"
 
+#include "platform/linux/Portal.h"
+
 #include <gio/gio.h>
 
 #include <string_view>
@@ -9,8 +11,6 @@ namespace skyflare {
 
 namespace {
 
-constexpr const char *portal = "org.freedesktop.portal.Desktop";
-constexpr const char *path = "/org/freedesktop/portal/desktop";
 constexpr const char *settings = "org.freedesktop.portal.Settings";
 constexpr const char *appearance = "org.freedesktop.appearance";
 constexpr const char *key = "color-scheme";
@@ -40,14 +40,15 @@ ColorScheme schemeOf(const Variant &values)
 void PortalAppearance::observe(std::function<void(ColorScheme)> changed)
 {
     changed_ = std::make_shared<const std::function<void(ColorScheme)>>(std::move(changed));
-    subscription_ = bus_.subscribe({portal, path, settings, "SettingChanged", "(ssv)", appearance},
-                                   [heard = changed_](const BusSignal &signal) {
-                                       const char *changedKey = nullptr;
-                                       g_variant_get_child(signal.values.get(), 1, "&s", &changedKey);
-                                       if (std::string_view(changedKey) == key)
-                                           (*heard)(schemeOf(signal.values));
-                                   });
-    restart_ = bus_.watch(portal, [this](bool isThere) {
+    subscription_ =
+        bus_.subscribe({portal::service, portal::path, settings, "SettingChanged", "(ssv)", appearance},
+                       [heard = changed_](const BusSignal &signal) {
+                           const char *changedKey = nullptr;
+                           g_variant_get_child(signal.values.get(), 1, "&s", &changedKey);
+                           if (std::string_view(changedKey) == key)
+                               (*heard)(schemeOf(signal.values));
+                       });
+    restart_ = bus_.watch(portal::service, [this](bool isThere) {
         if (isThere)
             read(); // what has changed meanwhile
     });
@@ -56,7 +57,8 @@ void PortalAppearance::observe(std::function<void(ColorScheme)> changed)
 
 void PortalAppearance::read()
 {
-    bus_.call({portal, path, settings, "Read", takeVariant(g_variant_new("(ss)", appearance, key)), "(v)"},
+    bus_.call({portal::service, portal::path, settings, "Read",
+               takeVariant(g_variant_new("(ss)", appearance, key)), "(v)"},
               [weak = std::weak_ptr(changed_)](const Result<BusAnswer> &answer) {
                   if (const auto changed = weak.lock(); changed && answer)
                       (*changed)(schemeOf(answer->values));

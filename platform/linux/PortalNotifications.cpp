@@ -1,6 +1,7 @@
 #include "platform/linux/PortalNotifications.h"
 
 #include "platform/base/Handle.h"
+#include "platform/linux/Portal.h"
 
 #include <gio/gio.h>
 
@@ -11,8 +12,6 @@ namespace skyflare {
 
 namespace {
 
-constexpr const char *portal = "org.freedesktop.portal.Desktop";
-constexpr const char *path = "/org/freedesktop/portal/desktop";
 constexpr const char *interface = "org.freedesktop.portal.Notification";
 constexpr const char *appName = "Skyflare";
 constexpr std::size_t mostInFlight = 16;
@@ -100,16 +99,13 @@ void PortalNotifications::askWhetherThere(Shown answered)
 
 void PortalNotifications::askVersion(std::function<void(const Result<std::uint32_t> &)> answered)
 {
-    bus_.call({portal, path, "org.freedesktop.DBus.Properties", "Get",
-               takeVariant(g_variant_new("(ss)", interface, "version")), "(v)"},
+    bus_.call(portal::propertyCall(interface, "version"),
               [answered = std::move(answered)](const Result<BusAnswer> &answer) {
                   if (!answer) {
                       answered(answer.error());
                       return;
                   }
-                  GVariant *inner = nullptr;
-                  g_variant_get(answer->values.get(), "(v)", &inner);
-                  const Variant version = takeVariant(inner);
+                  const Variant version = portal::propertyIn(*answer);
                   const bool isNumber = g_variant_is_of_type(version.get(), G_VARIANT_TYPE_UINT32) == TRUE;
                   answered(isNumber ? g_variant_get_uint32(version.get()) : 1);
               });
@@ -139,7 +135,7 @@ void PortalNotifications::show(Content content, Shown shown, Chosen chosen)
 
 void PortalNotifications::add(const std::string &identifier, const Variant &notification, const Shown &shown)
 {
-    bus_.call({portal, path, interface, "AddNotification",
+    bus_.call({portal::service, portal::path, interface, "AddNotification",
                takeVariant(g_variant_new("(s@a{sv})", identifier.c_str(), notification.get()))},
               [weak = weak_from_this(), identifier, shown](const Result<BusAnswer> &answer) {
                   if (const auto self = weak.lock())
@@ -158,7 +154,7 @@ void PortalNotifications::didAdd(const std::string &identifier, const Result<> &
 void PortalNotifications::remove(const std::string &identifier)
 {
     if (open_.erase(identifier) != 0)
-        bus_.call({portal, path, interface, "RemoveNotification",
+        bus_.call({portal::service, portal::path, interface, "RemoveNotification",
                    takeVariant(g_variant_new("(s)", identifier.c_str()))},
                   [](const Result<BusAnswer> & /*answer*/) {}); // it may have gone by itself
 }
@@ -167,7 +163,7 @@ void PortalNotifications::listen()
 {
     if (choices_)
         return;
-    choices_ = bus_.subscribe({portal, path, interface, "ActionInvoked", "(ssav)", {}},
+    choices_ = bus_.subscribe({portal::service, portal::path, interface, "ActionInvoked", "(ssav)", {}},
                               [weak = weak_from_this()](const BusSignal &signal) {
                                   const char *identifier = nullptr;
                                   const char *key = nullptr;

@@ -1,6 +1,7 @@
 #include "platform/linux/PortalRequest.h"
 
 #include "platform/base/Handle.h"
+#include "platform/linux/Portal.h"
 
 #include <gio/gio.h>
 
@@ -10,9 +11,6 @@
 namespace skyflare {
 
 namespace {
-
-constexpr const char *portal = "org.freedesktop.portal.Desktop";
-constexpr const char *path = "/org/freedesktop/portal/desktop";
 
 /// Nobody can guess it, and a path on the bus may contain it.
 std::string makeToken()
@@ -44,7 +42,7 @@ void PortalRequest::send(const Question &question)
 {
     const auto weak = weak_from_this();
     response_ = bus_.subscribe(
-        {portal, {}, "org.freedesktop.portal.Request", "Response", "(ua{sv})", {}},
+        {portal::service, {}, "org.freedesktop.portal.Request", "Response", "(ua{sv})", {}},
         [weak](const BusSignal &signal) {
             const auto self = weak.lock();
             if (!self || !signal.path.ends_with("/" + self->token_))
@@ -54,7 +52,7 @@ void PortalRequest::send(const Question &question)
             g_variant_get(signal.values.get(), "(u@a{sv})", &code, &results);
             self->finish(Answer{static_cast<Response>(std::min(code, 2U)), takeVariant(results)});
         });
-    restart_ = bus_.watch(portal, [weak](bool isThere) {
+    restart_ = bus_.watch(portal::service, [weak](bool isThere) {
         if (const auto self = weak.lock(); self && !isThere)
             self->finish(Error{"portal", 0, "the desktop portal has gone"});
     });
@@ -62,7 +60,7 @@ void PortalRequest::send(const Question &question)
     g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
     g_variant_builder_add(&options, "{sv}", "handle_token", g_variant_new_string(token_.c_str()));
     const Variant arguments = takeVariant(question.arguments(g_variant_builder_end(&options)));
-    bus_.call({portal, path, question.interface, question.method, arguments, "(o)"},
+    bus_.call({portal::service, portal::path, question.interface, question.method, arguments, "(o)"},
               [weak](const Result<BusAnswer> &answer) {
                   if (const auto self = weak.lock(); self && !answer)
                       self->finish(answer.error());

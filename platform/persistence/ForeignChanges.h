@@ -20,8 +20,9 @@ public:
     /// As it is now, nothing is new. When the store is opened.
     Result<> begin(Database &writer);
 
-    /// In a transaction that writes: before its own changes, and after them.
-    Result<> willWrite(Database &writer) { return look(writer); }
+    /// Looks for what others have done. In a transaction that writes, before its own changes.
+    Result<> look(Database &writer);
+    /// In that transaction, after them.
     Result<> didWrite(Database &writer);
 
     /// Whether there was something new since this was last asked.
@@ -35,7 +36,6 @@ private:
     Objects known_;
     bool isNew_ = false;
 
-    Result<> look(Database &writer);
     Result<Objects> objectsIn(Database &writer) const;
 };
 

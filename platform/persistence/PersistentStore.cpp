@@ -82,7 +82,7 @@ Result<> PersistentStore::commitWith(const std::function<Result<>()> &changes)
     auto transaction = Transaction::begin(*writer_, Transaction::Kind::Write);
     if (!transaction)
         return transaction.error();
-    if (const auto looked = foreignChanges_.willWrite(*writer_); !looked)
+    if (const auto looked = foreignChanges_.look(*writer_); !looked)
         return looked.error();
     if (const auto made = changes(); !made)
         return made.error();

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/sqlite/Database.h"
 #include "platform/persistence/EntityTable.h"
+#include "platform/sqlite/Database.h"
 
 #include <chrono>
 #include <filesystem>

@@ -58,6 +58,7 @@ FocusScope {
             outlet: screen.controller.imageContainer
             room: screen.room
             Accessible.name: screen.controller.photoName
+            onIsDamagedChanged: screen.controller.photoNotShown()
         }
         DamagedNote {
             x: screen.room.x + (screen.room.width - width) / 2

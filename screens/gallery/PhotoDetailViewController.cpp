@@ -45,12 +45,18 @@ void PhotoDetailViewController::viewDidLoad()
     deleteButton_.setAccessibleName(localized("Delete Photo"));
     closeButton_.setSymbol("close");
     closeButton_.setAccessibleName(localized("Close"));
-    damagedLabel_.setText(localized("This photo is damaged and cannot be shown. You can delete it."));
 }
 
 QString PhotoDetailViewController::shownPhotoName() const
 {
     return photo_ ? QString::fromStdString(photoName(*photo_)) : QString();
+}
+
+void PhotoDetailViewController::photoNotShown()
+{
+    const bool isThere = photo_ && photoDataManager_.mayHavePhoto(photo_->uuid);
+    damagedLabel_.setText(localized(isThere ? "This photo is damaged and cannot be shown. You can delete it."
+                                            : "This photo has been deleted."));
 }
 
 void PhotoDetailViewController::dismissButtonTapped()

@@ -67,6 +67,8 @@ public:
     Q_INVOKABLE void saveButtonTapped();
     Q_INVOKABLE void deleteButtonTapped();
     Q_INVOKABLE void dismissButtonTapped();
+    /// The view cannot show the photo.
+    Q_INVOKABLE void photoNotShown();
 
     [[nodiscard]] ViewOutlet *containerView() { return &containerView_; }
     [[nodiscard]] ImageOutlet *imageContainer() { return &imageContainer_; }

@@ -9,6 +9,7 @@ FocusScope {
     required property CollectionView collection
     property string name
 
+    Accessible.ignored: !(parent && parent.enabled) // covered by something else
     Accessible.role: Accessible.List
     Accessible.name: name
 

@@ -5,6 +5,7 @@ import Skyflare.Gallery
 ZoomablePhoto {
     id: stage
 
+    Accessible.ignored: !(parent && parent.enabled) // covered by something else
     Accessible.role: Accessible.Graphic
 
     PinchHandler {

@@ -1,24 +1,12 @@
 import QtQuick
-import QtQuick.Templates as T
 import Skyflare.Ui
 
 /// A button that is a text alone, for what is rarely wanted and not undone.
-T.AbstractButton {
+OutletButton {
     id: control
-
-    required property ButtonOutlet outlet
 
     implicitWidth: contentItem.implicitWidth + 20
     implicitHeight: Metrics.touchArea
-    text: outlet.text
-    visible: !outlet.hidden
-    enabled: outlet.enabled
-    opacity: outlet.alpha
-    focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.Button
-    Accessible.name: outlet.accessibleName
-    Keys.onReturnPressed: control.clicked()
-    Keys.onEnterPressed: control.clicked()
 
     background: Item {
         Rectangle {

@@ -20,6 +20,11 @@ std::string cameraUnusable()
                      "it, then tap Start.");
 }
 
+std::string littleRoom()
+{
+    return localized("The storage is almost full: there is room for fewer than 20 more photos.");
+}
+
 } // namespace
 
 void CameraRun::showPopup(CustomPopupView::Contents contents)
@@ -27,7 +32,54 @@ void CameraRun::showPopup(CustomPopupView::Contents contents)
     CustomPopupView::make(services_.haptics, std::move(contents))->show(services_.screen);
 }
 
+void CameraRun::watchStorage()
+{
+    services_.storage->begin([weak = weak_from_this()](StorageLevel /*level*/) {
+        if (const auto self = weak.lock())
+            self->storageSeen();
+    });
+}
+
+/// A run that finds no room ends before anything is lost.
+void CameraRun::storageSeen()
+{
+    showStorageWarning();
+    if (services_.storage->level() != StorageLevel::Full || !isRunning_)
+        return;
+    stop();
+    showPopup(noRoomPopup(services_.openGallery));
+}
+
+/// A warning about the camera stays where it is.
+void CameraRun::showStorageWarning()
+{
+    if (services_.storage->level() == StorageLevel::Enough) {
+        if (std::exchange(warnsOfStorage_, false))
+            services_.status->takeBackWarning();
+    } else if (!services_.status->isWarning()) {
+        warnsOfStorage_ = true;
+        services_.status->warn(littleRoom());
+    }
+}
+
 void CameraRun::start()
+{
+    if (services_.storage->level() != StorageLevel::Full) {
+        startIfAllowed();
+        return;
+    }
+    services_.storage->look([weak = weak_from_this()] { // somebody may have made room
+        const auto self = weak.lock();
+        if (!self || self->isRunning_)
+            return;
+        if (self->services_.storage->level() == StorageLevel::Full)
+            self->showPopup(noRoomPopup(self->services_.openGallery));
+        else
+            self->startIfAllowed();
+    });
+}
+
+void CameraRun::startIfAllowed()
 {
     switch (services_.cameraAuthorization.authorizationStatus()) {
     case CameraAuthorizationStatus::Authorized:
@@ -61,13 +113,19 @@ void CameraRun::requestAccess()
 
 void CameraRun::startRun()
 {
-    services_.status->takeBackWarning();
+    if (!warnsOfStorage_)
+        services_.status->takeBackWarning(); // about the camera: this is a new try
+    showStorageWarning();
     services_.screen.lightCurve()->clear();
     toggle();
     services_.screen.cameraBorderView()->setAlpha(1);
     services_.captureManager->start();
     addPreview();
     services_.logManager.logEvent(LogEvent::StartCapture);
+    services_.storage->runBegins([weak = weak_from_this()] { // it may have filled while permission was asked
+        if (const auto self = weak.lock())
+            self->storageSeen();
+    });
 
     const auto session = services_.captureManager->captureSession();
     if (!session || session->outputs().empty())
@@ -83,6 +141,7 @@ void CameraRun::stop()
     services_.captureManager->setRunningStatus(false);
     if (const auto session = services_.captureManager->captureSession())
         session->stopRunning();
+    services_.storage->runEnds();
     services_.logManager.logEvent(LogEvent::StopCapture);
 }
 
@@ -95,6 +154,7 @@ void CameraRun::stopIfRunning()
 void CameraRun::stopWithWarning(std::string text)
 {
     stop();
+    warnsOfStorage_ = false;
     services_.status->warn(std::move(text));
 }
 
@@ -150,6 +210,8 @@ void CameraRun::sessionDidChange(const SessionEvent &event)
         stop();
         break;
     case SessionEvent::Kind::Started:
+        services_.storage->setFrameSize(event.format.width, event.format.height);
+        break;
     case SessionEvent::Kind::Stopped:
         break;
     }

@@ -23,6 +23,7 @@ GlassPanel {
         font.weight: Font.DemiBold
         textFormat: Text.PlainText
         elide: Text.ElideRight
+        Accessible.ignored: !(parent && parent.enabled) // covered by something else
         Accessible.role: Accessible.Heading
         Accessible.name: text
     }

@@ -1,24 +1,18 @@
 import QtQuick
-import QtQuick.Templates as T
 import Skyflare.Main
 import Skyflare.Ui
 
 /// The newest photo and how many there are; opens the gallery.
-T.AbstractButton {
+OutletButton {
     id: control
 
     required property ViewOutlet container
-    required property ButtonOutlet outlet
     required property ImageOutlet photo
     required property LabelOutlet count
 
     visible: !container.hidden
     focusPolicy: Qt.TabFocus
-    Accessible.role: Accessible.Button
-    Accessible.name: outlet.accessibleName
     Accessible.description: count.hidden ? "" : count.text
-    Keys.onReturnPressed: control.clicked()
-    Keys.onEnterPressed: control.clicked()
 
     background: Rectangle {
         radius: 14

@@ -1,21 +1,11 @@
 import QtQuick
-import QtQuick.Templates as T
 import Skyflare.Ui
 
 /// Starts and stops; the largest thing on the screen. Full of light while it waits, a ring while a run is on.
-T.AbstractButton {
+OutletButton {
     id: control
 
-    required property ButtonOutlet outlet
     property bool isRunning: false
-
-    text: outlet.text
-    enabled: outlet.enabled
-    focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.Button
-    Accessible.name: outlet.accessibleName
-    Keys.onReturnPressed: control.clicked()
-    Keys.onEnterPressed: control.clicked()
 
     background: Rectangle {
         radius: width / 2

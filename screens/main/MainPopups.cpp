@@ -40,6 +40,16 @@ CustomPopupView::Contents libraryForbiddenPopup()
                 localized("We don't have access to your photo gallery. Please allow us to save it for you.")};
 }
 
+CustomPopupView::Contents noRoomPopup(std::function<void()> openGallery)
+{
+    return {.icon = "warning",
+            .title = localized("No room for more photos"),
+            .description = localized(
+                "Delete photos that you do not need, or free space on this device. Then tap Start."),
+            .buttonTitle = localized("Open Gallery"),
+            .tapAction = std::move(openGallery)};
+}
+
 CustomPopupView::Contents updatePopup(URLOpener &opener, std::string storePage)
 {
     return {.icon = "arrow.trianglehead.2.clockwise.rotate.90.circle.fill",

@@ -46,7 +46,7 @@ Storyboard MainViewController::storyboard(const Services &services)
 MainViewController::MainViewController(const Services &services)
     : services_(services),
       photoDataManager_({services.store, services.notificationCenter, services.clock, services.console,
-                         services.thumbnails}),
+                         services.thumbnails, &services.storage->room()}),
       logManager_(services.clock, services.console),
       autoSave_({services.photoLibrary, services.console, services.app, logManager_}),
       captureManager_(CaptureManager::make({.mainQueue = services.mainQueue,
@@ -58,17 +58,19 @@ MainViewController::MainViewController(const Services &services)
                                             .photoDataManager = photoDataManager_})),
       status_(std::make_shared<StatusLine>(*statusText(), services.mainQueue,
                                            [this] { emit isStatusWarningChanged(); })),
-      run_(
-          std::make_shared<CameraRun>(CameraRun::Services{.screen = *this,
-                                                          .captureManager = captureManager_,
-                                                          .status = status_,
-                                                          .mainQueue = services.mainQueue,
-                                                          .console = services.console,
-                                                          .logManager = logManager_,
-                                                          .cameraAuthorization = services.cameraAuthorization,
-                                                          .haptics = services.haptics,
-                                                          .urlOpener = services.urlOpener,
-                                                          .idleInhibitor = services.idleInhibitor}))
+      run_(std::make_shared<CameraRun>(
+          CameraRun::Services{.screen = *this,
+                              .captureManager = captureManager_,
+                              .status = status_,
+                              .mainQueue = services.mainQueue,
+                              .console = services.console,
+                              .logManager = logManager_,
+                              .cameraAuthorization = services.cameraAuthorization,
+                              .haptics = services.haptics,
+                              .urlOpener = services.urlOpener,
+                              .idleInhibitor = services.idleInhibitor,
+                              .storage = services.storage,
+                              .openGallery = [this] { lastPhotoButtonTapped(); }}))
 {
     connect(run_.get(), &CameraRun::willStop, this, [this] { setFocusView(nullptr); });
     connect(run_.get(), &CameraRun::isRunningChanged, this, &MainViewController::isRunningChanged);
@@ -99,6 +101,7 @@ void MainViewController::viewDidLoad()
         showOnboarding(0);
     registerObservers();
     checkForForcedUpdate();
+    run_->watchStorage();
     services_.mainQueue.async([weak = weakSelf()] {
         if (const auto self = weak.lock())
             self->prepareSettings();

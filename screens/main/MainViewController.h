@@ -2,6 +2,7 @@
 
 #include "capture/AutoSave.h"
 #include "capture/CaptureManager.h"
+#include "capture/StorageWatch.h"
 #include "platform/base/AppInfo.h"
 #include "platform/base/UserDefaults.h"
 #include "platform/cloud/FIRRemoteConfig.h"
@@ -53,6 +54,7 @@ public:
         CaptureFramework &framework;
         PersistentContainerProvider &store;
         ThumbnailCache *thumbnails = nullptr; ///< may be null
+        std::shared_ptr<StorageWatch> storage;
         CameraAuthorization &cameraAuthorization;
         PhotoLibrary &photoLibrary;
         HapticFeedback &haptics;

@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Templates as T
 import Skyflare.Main
 import Skyflare.Ui
 
 /// Explains the screen in steps, each beside what it speaks of; a tap anywhere goes on.
-T.AbstractButton {
+BaseButton {
     id: overlay
 
     required property MainViewController controller
@@ -12,11 +11,7 @@ T.AbstractButton {
     readonly property OnboardingView view: controller.onboardingView
 
     visible: !view.hidden
-    focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.Button
     Accessible.name: view.nextButton.accessibleName
-    Keys.onReturnPressed: overlay.clicked()
-    Keys.onEnterPressed: overlay.clicked()
     onClicked: controller.onboardingScreenTapped()
 
     OnboardingCard {

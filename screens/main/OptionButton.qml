@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Templates as T
 import Skyflare.Main
 import Skyflare.Ui
 
 /// One value to choose, in its column.
-T.AbstractButton {
+BaseButton {
     id: control
 
     required property ButtonOutlet modelData
@@ -21,8 +20,6 @@ T.AbstractButton {
     Accessible.name: modelData.accessibleName
     Accessible.checkable: true
     Accessible.checked: isChosen
-    Keys.onReturnPressed: control.clicked()
-    Keys.onEnterPressed: control.clicked()
     onActiveFocusChanged: column.focusedIndex = activeFocus ? index : column.focusedIndex
     onClicked: column.picked(modelData)
 

@@ -18,6 +18,7 @@ FocusScope {
     y: place.y + place.height - height
     width: place.width
     height: Math.min(place.height, options.implicitHeight + 12)
+    Accessible.ignored: !(parent && parent.enabled) // covered by something else
     Accessible.role: Accessible.List
     Accessible.name: title.text
     Keys.onUpPressed: rows.itemAt(Math.max(0, options.focusedIndex - 1)).focus = true

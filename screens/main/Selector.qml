@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Templates as T
 import Skyflare.Main
 import Skyflare.Ui
 
 /// One setting: its name, its value, and whether the list of the others is open.
-T.AbstractButton {
+BaseButton {
     id: control
 
     required property LabelOutlet title
@@ -16,8 +15,6 @@ T.AbstractButton {
     focusPolicy: Qt.TabFocus
     Accessible.role: Accessible.ButtonDropDown
     Accessible.name: title.text + ": " + value.text
-    Keys.onReturnPressed: control.clicked()
-    Keys.onEnterPressed: control.clicked()
 
     background: GlassPanel {
         border.color: control.isOpen ? Theme.secondary : Theme.glassBorder

@@ -23,5 +23,6 @@ GlassPanel {
         horizontalAlignment: Text.AlignHCenter
         color: pill.isWarning ? Theme.warning : Theme.text
         font.weight: Font.Medium
+        Accessible.role: Accessible.AlertMessage // what comes is read out
     }
 }

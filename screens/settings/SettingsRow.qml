@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Templates as T
 import Skyflare.Settings
 import Skyflare.Ui
 
 /// One setting: a symbol, what it is, and its switch. A row without a switch leads elsewhere, and is a button.
-T.AbstractButton {
+BaseButton {
     id: row
 
     required property SettingsTableViewCell modelData
@@ -15,12 +14,9 @@ T.AbstractButton {
     width: column ? column.width : 0
     implicitHeight: Math.max(64, texts.implicitHeight + 24)
     focusPolicy: hasSwitch ? Qt.NoFocus : Qt.StrongFocus
-    Accessible.ignored: hasSwitch
-    Accessible.role: Accessible.Button
+    Accessible.ignored: hasSwitch || !(column && column.enabled) // covered by something else
     Accessible.name: modelData.titleLabel.text
     Accessible.description: modelData.subtitleLabel.text
-    Keys.onReturnPressed: row.clicked()
-    Keys.onEnterPressed: row.clicked()
     onClicked: column.table.rowTapped(index)
 
     FocusRing {

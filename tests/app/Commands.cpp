@@ -84,21 +84,9 @@ Attempt press(const QString &keys)
     });
 }
 
-Attempt focus(const QString & /*nothing*/)
+Attempt focus(const QString &name)
 {
-    return inWindow([](QQuickWindow &window) {
-        const QQuickItem *const item = window.activeFocusItem();
-        return item != nullptr ? item->objectName() : notYet;
-    });
-}
-
-Attempt resize(const QString &size)
-{
-    return inWindow([wanted = QSize(size.section(' ', 0, 0).toInt(), size.section(' ', 1).toInt())](
-                        QQuickWindow &window) {
-        window.resize(wanted);
-        return window.contentItem()->size() == QSizeF(wanted) ? done : notYet;
-    });
+    return onItem(name, [](const QQuickItem &item) { return item.hasActiveFocus() ? done : notYet; });
 }
 
 Attempt close(const QString & /*nothing*/)
@@ -121,8 +109,8 @@ struct Command {
 };
 
 constexpr Command commands[] = {
-    {"see", see},     {"miss", miss},     {"until", readUntil}, {"click", click}, {"press", press},
-    {"focus", focus}, {"change", change}, {"resize", resize},   {"close", close}, {"graphics", graphics},
+    {"see", see},     {"miss", miss},     {"until", readUntil}, {"click", click},       {"press", press},
+    {"focus", focus}, {"change", change}, {"close", close},     {"graphics", graphics},
 };
 
 } // namespace

@@ -29,10 +29,6 @@ public:
     void click(const std::string &name) { ask("click " + name); }
     /// @param keys  such as "Space" or "Ctrl+Q"
     void press(const std::string &keys) { ask("press " + keys); }
-    void resize(int width, int height)
-    {
-        ask("resize " + std::to_string(width) + ' ' + std::to_string(height));
-    }
     /// As the title bar's button does.
     void close() { ask("close"); }
 
@@ -46,8 +42,8 @@ public:
     }
     /// Waits until its picture changes.
     void seeChange(const std::string &name) { ask("change " + name); }
-    /// The object name of what has the focus.
-    std::string focus() { return ask("focus"); }
+    /// Waits until it has the focus.
+    void seeFocus(const std::string &name) { ask("focus " + name); }
     std::string graphics() { return ask("graphics"); }
 
     /// Waits until it has printed that many lines that begin so.

@@ -46,7 +46,6 @@ TEST_CASE("a photo that the folder for pictures does not take is told, and nothi
         std::string popup;
     };
     const Row rows[] = {
-        {"rmdir \"$PICTURES\"; touch \"$PICTURES\"", "We need your permission"},
         {"mount -t tmpfs -o ro none \"$PICTURES\"", "We need your permission"},
         {"mount -t tmpfs -o size=16k none \"$PICTURES\"", "We couldn't save your photo."},
     };
@@ -70,7 +69,7 @@ TEST_CASE("a photo that the folder for pictures does not take is told, and nothi
         app.see(row.popup);
         app.press("Escape");
         app.miss(row.popup);
-        CHECK(app.focus() == "saveButton");
+        app.seeFocus("saveButton");
         const std::filesystem::path itsRoot = "/proc/" + std::to_string(app.process().pid()) + "/root";
         CHECK(std::filesystem::is_empty(itsRoot / store.pictures.relative_path()));
         AppFixture::end(app);
@@ -86,25 +85,23 @@ TEST_CASE_FIXTURE(Store,
     watchUntilOneIsCaught();
     app.click("lastPhotoButton");
     seeAllCounted(app);
-    watchUntilOneIsCaught();
-    seeAllCounted(app);
 
     add(1, std::string(photo, 90)); // cut off: nothing to show
     add(1, std::string(photo).replace(86, 8, "FFFFFFFF"));
     seeAllCounted(app);
-    app.see("PhotoCell#3");
-    app.miss("PhotoCell#4");
+    app.see("PhotoCell#2");
+    app.miss("PhotoCell#3");
     app.press("Home");
     app.press("Return");
     app.see("damagedLabel");
     app.press("Delete");
     app.click("Delete");
-    app.miss("PhotoCell#3");
+    app.miss("PhotoCell#2");
 
-    add(4997, photo);
+    add(4998, photo);
     app.readUntil("photoCountLabel", "\\(5000\\)");
     app.see("PhotoCell#20");
-    CHECK(remove("objectID % 2 = 0") == 2499);
+    CHECK(remove("objectID % 2 = 0") == 2500);
     seeAllCounted(app);
     app.click("Delete All");
     app.click("Yes, Delete All");

@@ -1,28 +1,9 @@
 // The app on a real X server, drawn by OpenGL.
 
 #include "tests/app/AppFixture.h"
+#include "tests/app/XServer.h"
 
 using namespace skyflare;
-
-namespace {
-
-/// An X server that nobody looks at. It takes a number that is free.
-struct XServer {
-    ChildProcess process{
-        {"Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"}};
-    std::string display;
-
-    XServer()
-    {
-        const auto number = process.readLine();
-        if (!number)
-            process.kill();
-        REQUIRE_MESSAGE(number, "Xvfb does not come up: " << process.errors());
-        display = ':' + *number;
-    }
-};
-
-} // namespace
 
 TEST_CASE_FIXTURE(AppFixture, "OpenGL draws the screen and the live picture, and nobody complains")
 {
@@ -39,8 +20,6 @@ TEST_CASE_FIXTURE(AppFixture, "OpenGL draws the screen and the live picture, and
     app.readUntil("mainButton", "Stop");
     app.seeChange("preview");
     app.seeChange("lightPower");
-    app.resize(1280, 800);
-    app.seeChange("preview");
     app.press("Ctrl+Q");
     CHECK(app.wait() == 0);
     CHECK(app.complaints() == "");

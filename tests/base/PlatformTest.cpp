@@ -9,7 +9,6 @@
 
 #include <array>
 #include <cstdlib>
-#include <string>
 
 using namespace skyflare;
 

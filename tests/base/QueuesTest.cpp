@@ -7,7 +7,7 @@
 #include <atomic>
 #include <future>
 #include <numeric>
-#include <vector>
+#include <semaphore>
 
 using namespace skyflare;
 using namespace std::chrono_literals;
@@ -15,14 +15,9 @@ using namespace std::chrono_literals;
 namespace {
 
 /// Something that one thread does and another waits for.
-class Signal {
-public:
-    void give() { promise_.set_value(); }
-    [[nodiscard]] bool comes() { return future_.wait_for(60s) == std::future_status::ready; }
-
-private:
-    std::promise<void> promise_;
-    std::future<void> future_ = promise_.get_future();
+struct Signal : std::binary_semaphore {
+    Signal() : std::binary_semaphore(0) {}
+    [[nodiscard]] bool comes() { return try_acquire_for(60s); }
 };
 
 struct WorkerFixture {
@@ -68,32 +63,29 @@ TEST_CASE("a serial queue that is let go of by its own work runs what it had acc
         CHECK(go.comes());
         own = nullptr;
     });
-    borrowed.async([&] { ran.give(); });
-    go.give();
+    borrowed.async([&] { ran.release(); });
+    go.release();
     CHECK(ran.comes());
 }
 
-TEST_CASE_FIXTURE(WorkerFixture,
-                  "who waits in sync goes home with false when the queue closes before the work's turn")
+TEST_CASE_FIXTURE(WorkerFixture, "who waits in sync goes home with false when the queue closes")
 {
     MainLoop mainLoop;
     Signal waiting;
     std::promise<bool> answer;
-    bool ran = false;
-    bool acceptedRan = false;
+    std::string ran;
     mainLoop.async([&] {
         queue->async([&] {
-            waiting.give();
-            answer.set_value(mainLoop.sync([&] { ran = true; }));
+            waiting.release();
+            answer.set_value(mainLoop.sync([&] { ran += "waiting"; }));
         });
-        mainLoop.async([&] { acceptedRan = true; });
+        mainLoop.async([&] { ran += "accepted"; });
         CHECK(waiting.comes());
         mainLoop.quit();
     });
     mainLoop.run();
     CHECK_FALSE(answer.get_future().get());
-    CHECK_FALSE(ran);
-    CHECK(acceptedRan);
+    CHECK(ran == "accepted");
 }
 
 TEST_CASE_FIXTURE(WorkerFixture, "a closed queue drops what it is given")
@@ -113,21 +105,6 @@ TEST_CASE_FIXTURE(WorkerFixture, "a closed queue drops what it is given")
     CHECK(ran == 1);
 }
 
-TEST_CASE_FIXTURE(WorkerFixture, "timers run when they are due, the earlier one first")
-{
-    Signal last;
-    std::vector<int> ran;
-    const auto start = std::chrono::steady_clock::now();
-    queue->asyncAfter(30ms, [&] {
-        ran.push_back(2);
-        last.give();
-    });
-    queue->asyncAfter(10ms, [&] { ran.push_back(1); });
-    REQUIRE(last.comes());
-    CHECK(std::chrono::steady_clock::now() - start >= 30ms);
-    CHECK(ran == std::vector{1, 2});
-}
-
 TEST_CASE("the global queue runs side by side and can be drained")
 {
     AsioQueues queues;
@@ -135,12 +112,12 @@ TEST_CASE("the global queue runs side by side and can be drained")
     Signal first;
     Signal second;
     global.async([&] {
-        first.give();
+        first.release();
         CHECK(second.comes());
     });
     global.async([&] {
         CHECK(first.comes());
-        second.give();
+        second.release();
     });
     std::atomic<int> ran = 0;
     for (int number = 0; number < 100; ++number)

@@ -1,14 +1,20 @@
 // Cameras of a PipeWire that runs for these tests alone: found, run, lost, and found again.
 
 #include "platform/camera/CameraMonitor.h"
+#include "platform/camera/RemoteCamera.h"
 #include "platform/image/Image.h"
 #include "tests/camera/CameraRig.h"
 #include "tests/fakes/PrivatePipeWire.h"
 
 #include <doctest/doctest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <filesystem>
 #include <thread>
 
 using namespace skyflare;
@@ -43,6 +49,21 @@ SessionEvent startAndWait(CameraRig &rig)
     const std::size_t before = rig.events->size();
     rig.start();
     return rig.events->at(before);
+}
+
+/// What a portal gives: a connection to the server.
+RemoteCamera::Remote connectToServer()
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const auto path = std::filesystem::path(std::getenv("PIPEWIRE_RUNTIME_DIR")) / "pipewire-0";
+    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    const int opened = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    REQUIRE(connect(opened, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0);
+    return {new int(opened), [](const int *held) {
+                close(*held);
+                delete held; // NOLINT: no other way to hold a number so
+            }};
 }
 
 bool isNear(int value, int wanted, int tolerance)
@@ -166,4 +187,38 @@ TEST_CASE("a camera whose pictures cannot be had is refused, and does not spoil 
     const auto good = pipeWire().camera("Steady");
     CameraRig next(cameraNamed("Steady"));
     CHECK(startAndWait(next).kind == Kind::Started);
+}
+
+TEST_CASE("the camera behind a connection that somebody else opens runs, each time on another one")
+{
+    const Films films;
+    const auto jpeg = films.make("dark.jpg", "-f lavfi -i color=c=0x204060:s=322x182 -frames:v 1");
+    const PrivatePipeWire::Pictures kinds[] = {
+        {.format = "I420", .width = 323, .height = 181},
+        {.format = "JPEG", .width = 322, .height = 182, .file = jpeg},
+    };
+    std::vector<std::weak_ptr<const int>> opened;
+    std::string refusal;
+    CameraRig rig(
+        std::make_shared<RemoteCamera>("The desktop's camera", [&]() -> Result<RemoteCamera::Remote> {
+            if (!refusal.empty())
+                return Error{"portal", 0, refusal};
+            auto remote = connectToServer();
+            opened.push_back(remote);
+            return remote;
+        }));
+    for (const auto &pictures : kinds) {
+        const auto shown = pipeWire().camera("Behind It", pictures);
+        const SessionEvent started = startAndWait(rig);
+        REQUIRE_MESSAGE(started.kind == Kind::Started, started.message);
+        CHECK(started.format.width == pictures.width);
+        rig.session->stopRunning();
+        REQUIRE(rig.events->waitFor(Kind::Stopped, opened.size()));
+        CHECK(opened.back().expired());
+    }
+    CHECK(opened.size() == 2);
+    refusal = "not allowed";
+    const SessionEvent refused = startAndWait(rig);
+    CHECK(refused.kind == Kind::Failed);
+    CHECK(refused.message == "The desktop's camera cannot be opened: not allowed");
 }

@@ -24,19 +24,14 @@ void travelTo(const char *zone)
 
 TEST_CASE("an event is stamped with the date, time and offset of where the device is now")
 {
-    struct Row {
-        const char *zone;
-        const char *expected;
+    const auto stampIn = [](const char *zone) {
+        travelTo(zone);
+        return localTimestamp(1'751'656'502.9);
     };
-    const Row rows[] = {{"Europe/Berlin", "2025-07-04 21:15:02 GMT+02:00"},
-                        {"UTC", "2025-07-04 19:15:02 GMT"},
-                        {"Asia/Kolkata", "2025-07-05 00:45:02 GMT+05:30"},
-                        {"America/St_Johns", "2025-07-04 16:45:02 GMT-02:30"}};
-    for (const Row &row : rows) {
-        CAPTURE(row.zone);
-        travelTo(row.zone);
-        CHECK(localTimestamp(1'751'656'502.9) == row.expected);
-    }
+    CHECK(stampIn("Europe/Berlin") == "2025-07-04 21:15:02 GMT+02:00");
+    CHECK(stampIn("UTC") == "2025-07-04 19:15:02 GMT");
+    CHECK(stampIn("Asia/Kolkata") == "2025-07-05 00:45:02 GMT+05:30");
+    CHECK(stampIn("America/St_Johns") == "2025-07-04 16:45:02 GMT-02:30");
     CHECK(isoTimestamp(1'751'656'502.9) == "2025-07-04T19:15:02Z");
     CHECK(isoTimestamp(-0.5) == "1969-12-31T23:59:59Z");
 }

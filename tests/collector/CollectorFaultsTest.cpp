@@ -7,9 +7,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
+#include <future>
+#include <iterator>
 #include <mutex>
 #include <random>
-#include <thread>
 
 using namespace skyflare;
 using namespace std::chrono_literals;
@@ -38,11 +39,11 @@ public:
     explicit Phones(int port) : port_(port)
     {
         for (int phone = 0; phone < count; ++phone)
-            threads_.emplace_back([this, phone] { send(phone); });
+            sent_.push_back(std::async(std::launch::async, [this, phone] { return send(phone); }));
     }
     Phones(const Phones &) = delete;
     Phones &operator=(const Phones &) = delete;
-    ~Phones() { finish(); }
+    ~Phones() { isFinishing_ = true; }
 
     void setPort(int port) { port_ = port; }
     /// Whether that many more bundles are taken in the time that a test may take.
@@ -56,11 +57,11 @@ public:
     std::vector<std::string> finish()
     {
         isFinishing_ = true;
-        for (std::thread &thread : threads_)
-            thread.join();
-        threads_.clear();
-        std::ranges::sort(events_);
-        return events_;
+        std::vector<std::string> events;
+        for (auto &sent : sent_)
+            std::ranges::copy(sent.get(), std::back_inserter(events));
+        std::ranges::sort(events);
+        return events;
     }
 
 private:
@@ -69,25 +70,25 @@ private:
     std::mutex mutex_;
     std::condition_variable taken_;
     int bundleCount_ = 0;
-    std::vector<std::string> events_;
-    std::vector<std::thread> threads_;
+    std::vector<std::future<std::vector<std::string>>> sent_; // last: they use the rest
 
-    void send(int phone)
+    std::vector<std::string> send(int phone)
     {
+        std::vector<std::string> events;
         const std::string instance = "phone" + std::to_string(phone);
         for (int index = 1; !isFinishing_; ++index) {
             const Bytes batch = batchOf({bundleOf(instance, "d", index, eventsABundle)});
             const auto start = std::chrono::steady_clock::now();
-            while (RawClient(port_).post(batch) != 200) {
+            while (RawClient(port_).post(batch) != 200)
                 if (isPast(start))
-                    return;
-            }
-            const std::scoped_lock lock(mutex_);
+                    return events;
             for (int number = 1; number <= eventsABundle; ++number)
-                events_.push_back(instance + "/d/" + std::to_string(index) + "#" + std::to_string(number));
+                events.push_back(instance + "/d/" + std::to_string(index) + "#" + std::to_string(number));
+            const std::scoped_lock lock(mutex_);
             ++bundleCount_;
             taken_.notify_all();
         }
+        return events;
     }
 };
 
@@ -96,16 +97,14 @@ private:
 TEST_CASE("killed, rotated and ended while phones send, it has every event in the files exactly once")
 {
     const TemporaryFolder folder("/var/tmp"); // a disk: waiting for it is when it is killed most
-    const auto file = folder / "events.jsonl";
     auto collector = std::make_unique<RunningCollector>(folder.path());
     Phones phones(collector->port);
     std::mt19937 random(20);
     for (int round = 0; round < 24; ++round) {
         CAPTURE(round);
         REQUIRE(phones.waitForMore(static_cast<int>(random() % 12)));
-        const bool rotates = round % 3 == 0;
-        if (rotates)
-            std::filesystem::rename(file, folder / ("events." + std::to_string(round)));
+        if (round % 3 == 0)
+            std::filesystem::rename(folder / "events.jsonl", folder / ("events." + std::to_string(round)));
         if (round % 6 == 0) {
             collector->process.signal(SIGHUP);
             REQUIRE(phones.waitForMore(3));
@@ -159,20 +158,26 @@ TEST_CASE("with a full disk it asks to come again, stores nothing by halves, and
     RunningCollector collector(folder.path());
     REQUIRE(collector.post(batchOf({bundleOf("a", "d", 1, 2000)})) == 200);
     const auto before = std::filesystem::file_size(file);
+    struct Row {
+        const char *database;
+        rlim_t room;
+        std::size_t events; ///< in the file afterwards
+    };
     // No room for the lines; room for them, but none for the memory of bundles.
-    for (const rlim_t room : {before + 1000, rlim_t{8192}}) {
-        CAPTURE(room);
-        if (room < before)
+    for (const Row &row : {Row{"d", before + 1000, 2008}, Row{"e", 8192, 8}}) {
+        CAPTURE(row.database);
+        if (row.room < before)
             std::filesystem::resize_file(file, 0);
         const auto kept = std::filesystem::file_size(file);
-        limitFileSize(collector, room);
-        CHECK(collector.post(batchOf({bundleOf("a", room < before ? "e" : "d", 2, 8)})) == 503);
+        const Bytes batch = batchOf({bundleOf("a", row.database, 2, 8)});
+        limitFileSize(collector, row.room);
+        CHECK(collector.post(batch) == 503);
         CHECK(RawClient(collector.port).ask("GET", "/health") == 503);
         CHECK(std::filesystem::file_size(file) == kept);
         limitFileSize(collector, RLIM_INFINITY);
-        CHECK(collector.post(batchOf({bundleOf("a", room < before ? "e" : "d", 2, 8)})) == 200);
+        CHECK(collector.post(batch) == 200);
         CHECK(RawClient(collector.port).ask("GET", "/health") == 200);
-        CHECK(eventsIn(file).size() == (room < before ? 8 : 2008));
+        CHECK(eventsIn(file).size() == row.events);
     }
 }
 
@@ -186,12 +191,8 @@ TEST_CASE("clients that trickle, stall or hang up are let go, and others are ser
     RawClient trickling(collector.port);
     trickling.send("POST /a HTTP/1.1\r\nX: ");
     const auto start = std::chrono::steady_clock::now();
-    int served = 0;
-    while (trickling.send("x") && !isPast(start)) {
-        ++served;
+    while (trickling.send("x") && !isPast(start))
         REQUIRE(RawClient(collector.port).ask("GET", "/health") == 200);
-    }
-    CHECK(served > 0);
     CHECK_FALSE(isPast(start));
     CHECK(stalled.readStatus() == 0);
     CHECK(silent.readStatus() == 0);

@@ -13,13 +13,11 @@ namespace skyflare {
 inline APMMeasurementBundle bundleOf(const std::string &instance, const std::string &database,
                                      std::int64_t index, int events = 1)
 {
-    APMMeasurementBundle bundle{.appId = "1:2:linux:3",
-                                .databaseId = database,
-                                .index = index,
-                                .startTimestamp = 1.7e9,
-                                .endTimestamp = 1.7e9,
-                                .events = {},
-                                .metadata = {{}, {.appId = "1:2:linux:3", .appInstanceId = instance}}};
+    APMMeasurementBundle bundle;
+    bundle.appId = "1:2:linux:3";
+    bundle.databaseId = database;
+    bundle.index = index;
+    bundle.metadata.app.appInstanceId = instance;
     for (int i = 0; i < events; ++i)
         bundle.events.push_back({"app", "catch_photo", 1.7e9, 0, {{"number", APMValue(std::int64_t{i})}}});
     return bundle;
@@ -28,7 +26,6 @@ inline APMMeasurementBundle bundleOf(const std::string &instance, const std::str
 inline Bytes batchOf(const std::vector<APMMeasurementBundle> &bundles)
 {
     std::vector<Bytes> encoded;
-    encoded.reserve(bundles.size());
     for (const auto &bundle : bundles)
         encoded.push_back(BundleMessage::encode(bundle));
     return BatchMessage::encode({.uploadTimestamp = 1.7e9, .engineVersion = "0.1.0"}, encoded);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/base/Handle.h"
 #include "platform/linux/MessageBus.h"
 #include "tests/fakes/PrivateBus.h"
 #include "tests/fakes/RecordingConsole.h"
@@ -9,12 +10,14 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace skyflare {
 
 /// A desktop with nothing on its buses, and the program's side of them.
 struct BusFixture {
     using Reply = FakeBusService::Reply;
+    using Texts = std::vector<std::string>;
 
     PrivateBus bus;
     PumpedQueue main;
@@ -33,6 +36,11 @@ struct BusFixture {
         bool isDone = false;
         one.call({name, "/", name, "Settle", {}, "()"}, [&](const auto &) { isDone = true; });
         CHECK(main.runUntil([&] { return isDone; }));
+    }
+    [[nodiscard]] static std::string textOf(const Variant &values)
+    {
+        const Handle<gchar, &g_free> text(g_variant_print(values.get(), FALSE));
+        return text.get();
     }
 };
 

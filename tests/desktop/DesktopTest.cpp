@@ -1,7 +1,9 @@
 #include "platform/base/AsioQueues.h"
 #include "platform/linux/DesktopURLOpener.h"
 #include "platform/linux/DeviceCameraAuthorization.h"
+#include "platform/linux/NotificationStoreReview.h"
 #include "tests/fakes/RecordingConsole.h"
+#include "tests/fakes/RecordingDesktop.h"
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/fakes/VirtualTime.h"
 
@@ -11,9 +13,29 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <string>
 
 using namespace skyflare;
+
+namespace {
+
+/// Keeps what it is to show; the test answers.
+struct RecordingBoard final : NotificationBoard {
+    struct Asked {
+        Content content;
+        Shown shown;
+        Chosen chosen;
+    };
+    std::vector<Asked> asked;
+
+    void askWhetherThere(Shown /*answered*/) override {}
+    void show(Content content, Shown shown, Chosen chosen) override
+    {
+        asked.push_back({std::move(content), std::move(shown), std::move(chosen)});
+    }
+    void remove(const std::string & /*identifier*/) override {}
+};
+
+} // namespace
 
 TEST_CASE("only addresses of a few kinds are opened")
 {
@@ -33,27 +55,21 @@ TEST_CASE("an address goes to the program that the user has for it, and the sett
 {
     // One home for all of the test: GIO looks at its environment once.
     const TemporaryFolder folder;
-    const auto applications = folder / "applications";
-    std::filesystem::create_directories(applications);
     const std::string pipe = (folder / "opened").string();
     REQUIRE(mkfifo(pipe.c_str(), 0600) == 0);
     const std::string program = (folder / "systemsettings").string();
     // The signals that it blocks, and its arguments.
-    std::ofstream(program)
-        << "#!/bin/sh\nwhile read -r name mask; do [ $name = SigBlk: ] && break; done < /proc/$$/status\n"
-        << "printf '%s %s\\n' $mask \"$*\" > " << pipe << "\n";
-    const std::string broken = (folder / "lxqt-config").string();
-    std::ofstream(broken) << "#!/no/such/shell\n";
-    for (const std::string &file : {program, broken})
+    folder.write(program, "#!/bin/sh\nwhile read -r name mask; do [ $name = SigBlk: ] && break; done < "
+                          "/proc/$$/status\nprintf '%s %s\\n' $mask \"$*\" > " +
+                              pipe + "\n");
+    folder.write("lxqt-config", "#!/no/such/shell\n");
+    for (const auto &file : {folder / "systemsettings", folder / "lxqt-config"})
         std::filesystem::permissions(file, std::filesystem::perms::owner_all);
-    std::ofstream(applications / "browser.desktop")
-        << "[Desktop Entry]\nType=Application\nName=Browser\nExec=" << program << " %u\n";
-    std::ofstream(folder / "mimeapps.list")
-        << "[Default Applications]\nx-scheme-handler/https=browser.desktop\n";
-    setenv("XDG_DATA_HOME", folder.path().c_str(), 1);
-    setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
-    setenv("XDG_DATA_DIRS", folder.path().c_str(), 1);
-    setenv("XDG_CONFIG_DIRS", folder.path().c_str(), 1);
+    folder.write("applications/browser.desktop",
+                 "[Desktop Entry]\nType=Application\nName=Browser\nExec=" + program + " %u\n");
+    folder.write("mimeapps.list", "[Default Applications]\nx-scheme-handler/https=browser.desktop\n");
+    for (const char *name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_DATA_DIRS", "XDG_CONFIG_DIRS"})
+        setenv(name, folder.path().c_str(), 1);
     setenv("XDG_CURRENT_DESKTOP", "Some:KDE", 1);
     setenv("PATH", (folder.path().string() + ":" + std::getenv("PATH")).c_str(), 1);
     std::fstream lines(pipe, std::ios::in | std::ios::out); // both, so that it never comes to an end
@@ -89,13 +105,12 @@ TEST_CASE("an address goes to the program that the user has for it, and the sett
     CHECK(console.reports()[0] == "This address is not opened: file:///etc/passwd");
     CHECK(console.reports()[1].starts_with("Nothing opens http://example.org/: "));
 
-    setenv("XDG_CURRENT_DESKTOP", "GNOME-Like", 1);
-    CHECK(!opener.canOpenURL("app-settings:"));
     int shown = 0;
     DesktopURLOpener withPage({queues.globalUserInitiated(), *main, console, [&] { ++shown; }});
+    setenv("XDG_CURRENT_DESKTOP", "GNOME-Like", 1);
+    CHECK(!opener.canOpenURL("app-settings:"));
     CHECK(withPage.canOpenURL("app-settings:"));
     withPage.openURL("app-settings:");
-    CHECK(shown == 1);
     setenv("XDG_CURRENT_DESKTOP", "LXQt:KDE", 1); // what it is, then what it is like
     withPage.openURL("app-settings:");
     queues.drainGlobal();
@@ -110,4 +125,40 @@ TEST_CASE("a camera is authorised unless the kernel refuses its device")
     for (const char *device : {"", "/dev/null", "/dev/no-such-camera"})
         CHECK(DeviceCameraAuthorization(device, time.mainQueue()).authorizationStatus() ==
               CameraAuthorizationStatus::Authorized);
+}
+
+TEST_CASE("a review is asked for once a version, where it can be given; choosing it opens its page")
+{
+    const TemporaryFolder folder;
+    RecordingConsole console;
+    RecordingURLOpener opener;
+    const auto board = std::make_shared<RecordingBoard>();
+    const auto &asked = board->asked;
+    const auto review = [&](const std::string &version) {
+        return std::make_shared<NotificationStoreReview>(NotificationStoreReview::Services{
+            board, opener, console, folder / "review.plist", version, "https://store.example/"});
+    };
+    const auto first = review("1.0");
+    opener.opensNothing = true;
+    first->requestReview();
+    CHECK(asked.empty());
+    opener.opensNothing = false;
+    first->requestReview();
+    first->requestReview(); // the desktop has not answered yet
+    REQUIRE(asked.size() == 1);
+    CHECK(asked[0].content.summary == "Do you like Skyflare?");
+    CHECK(asked[0].content.actions.size() == 2);
+    CHECK(asked[0].content.choice == NotificationBoard::Choice::Needed);
+    asked[0].shown(Error{"notifications", 0, "full"}); // that does not count
+    first->requestReview();
+    REQUIRE(asked.size() == 2);
+    asked[1].shown({});
+    first->requestReview();
+    review("1.0")->requestReview();
+    CHECK(asked.size() == 2);
+    asked[1].chosen({"review", ""});
+    CHECK(opener.opened == std::vector<std::string>{"https://store.example/"});
+    review("1.1")->requestReview();
+    CHECK(asked.size() == 3);
+    CHECK(console.reports().empty());
 }

@@ -1,8 +1,6 @@
 #include "platform/linux/DesktopIdleInhibitor.h"
 #include "tests/desktop/BusFixture.h"
 
-#include <vector>
-
 using namespace skyflare;
 
 namespace {
@@ -10,7 +8,7 @@ namespace {
 struct Way {
     const char *name;
     const char *answer;
-    std::vector<std::string> calls;
+    BusFixture::Texts calls;
 };
 const std::vector<Way> ways{
     {"org.freedesktop.portal.Desktop",
@@ -22,18 +20,18 @@ const std::vector<Way> ways{
      {"Inhibit ('org.example.App', 0, 'A run', 8)", "Uninhibit (6,)"}}};
 const Way &portalWay = ways[0];
 const Way &screenSaver = ways[1];
+const Way &sessionManager = ways[2];
 
 struct IdleFixture : BusFixture {
     std::shared_ptr<DesktopIdleInhibitor> inhibitor =
-        std::make_shared<DesktopIdleInhibitor>(session, console, "org.example.App");
+        std::make_shared<DesktopIdleInhibitor>(session, main, console, "org.example.App");
 
     /// One that says yes.
     std::unique_ptr<FakeBusService> start(const Way &way)
     {
         auto started = service(way.name);
-        started->on("Inhibit", [&way](auto) { return Reply{g_variant_new_parsed(way.answer)}; });
-        const std::string &undo = way.calls[1];
-        started->on(undo.substr(0, undo.find(' ')), [](auto) { return Reply{g_variant_new("()")}; });
+        started->on("Inhibit", way.answer);
+        started->on(way.calls[1].substr(0, way.calls[1].find(' ')), "()");
         return started;
     }
     /// What one answers, and what that leads to, is over.
@@ -48,13 +46,12 @@ struct IdleFixture : BusFixture {
 
 } // namespace
 
-TEST_CASE_FIXTURE(IdleFixture,
-                  "the screen is kept awake in the way that there is, and only as long as wanted")
+TEST_CASE_FIXTURE(IdleFixture, "the screen is kept awake in the way that there is, while it is wanted")
 {
     for (const Way &way : ways) {
         CAPTURE(way.name);
         const auto running = start(way);
-        inhibitor = std::make_shared<DesktopIdleInhibitor>(session, console, "org.example.App");
+        inhibitor = std::make_shared<DesktopIdleInhibitor>(session, main, console, "org.example.App");
         auto first = inhibitor->inhibit("A run");
         settleAll();
         auto second = inhibitor->inhibit("Another");
@@ -101,6 +98,22 @@ TEST_CASE_FIXTURE(IdleFixture, "when a service goes, comes or changes its mind a
     }
     settleAll();
     CHECK(saver->count("Inhibit") == 1);
+}
+
+TEST_CASE_FIXTURE(IdleFixture, "one that does not answer is passed over, and its late yes is given back")
+{
+    const auto saver = start(screenSaver);
+    saver->on("Inhibit", [](auto) { return Reply{}; });
+    const auto manager = start(sessionManager);
+    const auto awake = inhibitor->inhibit("A run");
+    REQUIRE(main.runUntil([&] { return saver->count("Inhibit") == 1; }));
+    main.passTime();
+    settleAll();
+    CHECK(manager->count("Inhibit") == 1);
+    saver->answerLate({g_variant_new("(u)", 5U)});
+    settleAll();
+    CHECK(saver->calls().back() == "UnInhibit (5,)");
+    CHECK(console.reports().empty());
 }
 
 TEST_CASE_FIXTURE(IdleFixture, "a refusal is said once; a service that falls again and again is left alone")

@@ -14,7 +14,6 @@
 #include <sys/socket.h>
 
 #include <cstring>
-#include <string>
 
 using namespace skyflare;
 

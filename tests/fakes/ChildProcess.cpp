@@ -37,6 +37,8 @@ ChildProcess::ChildProcess(const std::vector<std::string> &command, Input input)
         dup2(inputEnds[1], STDIN_FILENO);
         dup2(pipeEnds[1], STDOUT_FILENO);
         dup2(errors_, STDERR_FILENO);
+        // A connection of the test's that is reset is reset, whoever has been started meanwhile.
+        close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
         // It goes with the test, also when that crashes.
         if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != test)
             _exit(127);

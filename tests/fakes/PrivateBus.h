@@ -56,6 +56,10 @@ public:
 
     /// What is not set does not exist.
     void on(const std::string &method, Method does) { methods_[method] = std::move(does); }
+    /// @param answer  a tuple as GVariant's text has it
+    void on(const std::string &method, const char *answer);
+    /// Answers the last call that was met with silence.
+    void answerLate(const Reply &answer) const { reply(silenced_.get(), answer); }
     void emit(const std::string &path, const std::string &interface, const std::string &signal,
               _GVariant *values) const;
     /// Calls another program, which the bus has passed on when this returns; the answer is of no interest.
@@ -69,12 +73,13 @@ private:
     PumpedQueue &queue_;
     std::map<std::string, Method> methods_;
     std::vector<std::string> calls_;
-    _GDBusConnection *connection_ = nullptr;
-    const std::shared_ptr<FakeBusService *> self_ =
-        std::make_shared<FakeBusService *>(this); ///< who is called
+    std::shared_ptr<_GDBusMessage> silenced_;
+    std::shared_ptr<_GDBusConnection> connection_;
+    const std::shared_ptr<FakeBusService *> self_ = std::make_shared<FakeBusService *>(this); ///< is called
 
-    void serve(_GDBusMessage *message);
-    void reply(_GDBusMessage *message, const Reply &reply) const;
+    void askBus(const char *method, _GVariant *arguments) const;
+    void serve(const std::shared_ptr<_GDBusMessage> &call);
+    void reply(_GDBusMessage *call, const Reply &reply) const;
 };
 
 } // namespace skyflare

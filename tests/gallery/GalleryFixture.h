@@ -49,11 +49,6 @@ struct GalleryFixture : MainFixture {
         return all;
     }
     [[nodiscard]] Lines uuids() const { return uuidsOf(gallery->recentPhotos()); }
-    QRectF frameOf(int cell)
-    {
-        const CollectionView &grid = *gallery->collectionView();
-        return grid.data(grid.index(cell), CollectionView::FrameRole).toRectF();
-    }
 
 private:
     std::uint32_t seed_ = 1;

@@ -56,14 +56,14 @@ struct Delegate {
                           .makeWindow = [] { return std::make_shared<Window>(); },
                           .makeFirstScreen = [this]() -> std::shared_ptr<ViewController> {
                               steps.emplace_back("screen");
-                              return Sampler::storyboard().instantiateViewController("PlainView");
+                              return Sampler::storyboard().instantiateViewController("SamplerView");
                           }}};
 };
 
 /// An app's activity, and what it tells.
 struct Heard {
     NotificationCenter center;
-    std::string all;
+    std::string all; ///< A(ctive) or R(esigned) each time
     NotificationCenter::Observation becomes =
         center.addObserver("UIApplicationDidBecomeActiveNotification", [this] { all += 'A'; });
     NotificationCenter::Observation resigns =
@@ -115,41 +115,28 @@ TEST_CASE_FIXTURE(Delegate, "the container is made on first use, once, by whiche
 TEST_CASE("the app is active until the first reason arises against it, and again when the last has gone")
 {
     using Reason = AppActivity::Reason;
-    using Step = void (AppActivity::*)(Reason);
-    constexpr Step arises = &AppActivity::arises;
-    constexpr Step goes = &AppActivity::goes;
-    constexpr Step userIsHere = nullptr;
-    struct Row {
-        Step step;
-        Reason reason;
-        std::string heard; ///< A(ctive) or R(esigned) each time
-    };
-    const Row rows[] = {
-        {goes, Reason::SessionLocked, ""}, // not shown yet
-        {goes, Reason::WindowHidden, "A"},
-        {goes, Reason::WindowHidden, "A"},
-        {arises, Reason::SessionLocked, "AR"},
-        {arises, Reason::SessionLocked, "AR"},
-        {arises, Reason::MachineAsleep, "AR"},
-        {goes, Reason::SessionLocked, "AR"},
-        {goes, Reason::MachineAsleep, "ARA"},
-        {arises, Reason::OtherAppInFront, "ARAR"},
-        {arises, Reason::SessionLocked, "ARAR"},
-        {userIsHere, {}, "ARARA"},
-        {arises, Reason::ProgramEnding, "ARARAR"},
-        {arises, Reason::WindowHidden, "ARARAR"},
-        {userIsHere, {}, "ARARAR"},
-    };
     Heard heard;
-    for (const Row &row : rows) {
-        CAPTURE(&row - rows);
-        if (row.step == userIsHere)
-            heard.activity.userIsHere();
-        else
-            (heard.activity.*row.step)(row.reason);
-        CHECK(heard.all == row.heard);
-        CHECK(heard.activity.isActive() == row.heard.ends_with('A'));
-    }
+    AppActivity &activity = heard.activity;
+    const auto goes = [&](Reason reason) { return activity.goes(reason), heard.all; };
+    const auto arises = [&](Reason reason) { return activity.arises(reason), heard.all; };
+    const auto userIsHere = [&] { return activity.userIsHere(), heard.all; };
+    CHECK(goes(Reason::SessionLocked).empty()); // not shown yet
+    CHECK_FALSE(activity.isActive());
+    CHECK(goes(Reason::WindowHidden) == "A");
+    CHECK(goes(Reason::WindowHidden) == "A");
+    CHECK(activity.isActive());
+    CHECK(arises(Reason::SessionLocked) == "AR");
+    CHECK(arises(Reason::SessionLocked) == "AR");
+    CHECK_FALSE(activity.isActive());
+    CHECK(arises(Reason::MachineAsleep) == "AR");
+    CHECK(goes(Reason::SessionLocked) == "AR");
+    CHECK(goes(Reason::MachineAsleep) == "ARA");
+    CHECK(arises(Reason::OtherAppInFront) == "ARAR");
+    CHECK(arises(Reason::SessionLocked) == "ARAR");
+    CHECK(userIsHere() == "ARARA");
+    CHECK(arises(Reason::ProgramEnding) == "ARARAR");
+    CHECK(arises(Reason::WindowHidden) == "ARARAR");
+    CHECK(userIsHere() == "ARARAR");
 }
 
 TEST_CASE("the app resigns while its session is locked or sleeps, and the machine waits for the photos")

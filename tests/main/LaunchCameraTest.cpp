@@ -21,20 +21,22 @@ struct Launch {
     std::filesystem::path refused;
     std::filesystem::path askedFor; ///< whose permission is looked at
     bool hasCamera = false;
+    bool isRemote = false;
     std::string outcome;
-    LaunchCamera camera{
-        {.mainQueue = mainQueue,
-         .choose = [this] { return found.get_future().get(); },
-         .refusedDevice = [this] { return refused; },
-         .makeFramework =
-             [this](const std::shared_ptr<CameraSource> &source) -> std::unique_ptr<CaptureFramework> {
-             hasCamera = source != nullptr;
-             return std::make_unique<FakeFramework>();
-         },
-         .makeAuthorization = [this](std::filesystem::path device) -> std::unique_ptr<CameraAuthorization> {
-             askedFor = std::move(device);
-             return std::make_unique<FakeCameraAuthorization>();
-         }}};
+    LaunchCamera camera{{.mainQueue = mainQueue,
+                         .choose = [this] { return found.get_future().get(); },
+                         .refusedDevice = [this] { return refused; },
+                         .makeFramework = [this](const std::shared_ptr<CameraSource> &source)
+                             -> std::unique_ptr<CaptureFramework> {
+                             hasCamera = source != nullptr;
+                             return std::make_unique<FakeFramework>();
+                         },
+                         .makeAuthorization =
+                             [this](CameraChoice::Kind kind, std::filesystem::path device) {
+                                 isRemote = kind == CameraChoice::Kind::Remote;
+                                 askedFor = std::move(device);
+                                 return std::make_shared<FakeCameraAuthorization>();
+                             }}};
 
     void end(Result<CameraChoice> choice)
     {
@@ -56,27 +58,25 @@ TEST_CASE("the camera is chosen off main, and its permission is undetermined unt
 {
     const auto sky = std::make_shared<SimulatedSkySource>();
     struct Row {
-        const char *name;
+        std::string expected;
         Result<CameraChoice> choice;
-        std::filesystem::path refused;
-        std::string outcome;
-        bool hasCamera;
+        std::filesystem::path refused = {};
     };
     const Row rows[] = {
-        {"no camera", CameraChoice{sky, CameraChoice::Kind::SimulatedInstead}, "", "simulated", true},
-        {"a camera", CameraChoice{sky, CameraChoice::Kind::Device}, "", "real", true},
-        {"one that this user may not open is not replaced",
-         CameraChoice{sky, CameraChoice::Kind::SimulatedInstead}, "/dev/video0", "real", false},
-        {"no way to look", Error{"camera", 0, "GStreamer does not start"}, "", "GStreamer does not start",
-         false},
+        {"simulated, with a camera", CameraChoice{sky, CameraChoice::Kind::SimulatedInstead}},
+        {"real, with a camera", CameraChoice{sky, CameraChoice::Kind::Device}},
+        {"real, with a camera, remote", CameraChoice{sky, CameraChoice::Kind::Remote}},
+        // One that this user may not open is not replaced.
+        {"real", CameraChoice{sky, CameraChoice::Kind::SimulatedInstead}, "/dev/video0"},
+        {"GStreamer does not start", Error{"camera", 0, "GStreamer does not start"}},
     };
     for (const Row &row : rows) {
-        CAPTURE(row.name);
         Launch launch;
         launch.refused = row.refused;
         launch.end(row.choice);
-        CHECK(launch.outcome == row.outcome);
-        CHECK(launch.hasCamera == row.hasCamera);
+        CHECK(launch.outcome + (launch.hasCamera ? ", with a camera" : "") +
+                  (launch.isRemote ? ", remote" : "") ==
+              row.expected);
         CHECK(launch.askedFor == row.refused);
         CHECK(launch.camera.makeSession() != nullptr);
     }

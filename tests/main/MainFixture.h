@@ -5,6 +5,7 @@
 #include "screens/main/MainViewController.h"
 #include "screens/settings/SettingsViewController.h"
 #include "tests/fakes/FakeCamera.h"
+#include "tests/fakes/FakeFreeSpace.h"
 #include "tests/fakes/FakeHttpTransport.h"
 #include "tests/fakes/RecordingConsole.h"
 #include "tests/fakes/RecordingDesktop.h"
@@ -32,6 +33,8 @@ struct MainFixture {
     UserDefaults defaults{folder / "settings.plist", console};
     App app{{defaults, notifications, console}};
     StoreInFolder store{folder.path(), console, time.globalUserInitiated(), 20ms};
+    FakeFreeSpace disk;
+    StorageRoom storageRoom;
     FakeFramework camera;
     FakeCameraAuthorization authorization;
     FakePhotoLibrary library;
@@ -50,28 +53,30 @@ struct MainFixture {
         {photoStore, notifications, time.mainQueue(), haptics, detailStoryboard});
     Storyboard settingsStoryboard = SettingsViewController::storyboard(
         {app, time.mainQueue(), console, opener, remoteConfig, "1.10", "English"});
-    std::shared_ptr<MainViewController> screen = makeShared<MainViewController>(
-        MainViewController::Services{.app = app,
-                                     .standardUserDefaults = defaults,
-                                     .notificationCenter = notifications,
-                                     .mainQueue = time.mainQueue(),
-                                     .queues = time,
-                                     .clock = time,
-                                     .console = console,
-                                     .framework = camera,
-                                     .store = store,
-                                     .cameraAuthorization = authorization,
-                                     .photoLibrary = library,
-                                     .haptics = haptics,
-                                     .urlOpener = opener,
-                                     .idleInhibitor = &idleInhibitor,
-                                     .remoteConfig = remoteConfig,
-                                     .appInfo = {.shortVersion = "1.10",
-                                                 .remoteConfigURL = {},
-                                                 .storePage = "https://store.example/skyflare",
-                                                 .supportAddress = {}},
-                                     .settingsStoryboard = settingsStoryboard,
-                                     .galleryStoryboard = galleryStoryboard});
+    std::shared_ptr<MainViewController> screen = makeShared<MainViewController>(MainViewController::Services{
+        .app = app,
+        .standardUserDefaults = defaults,
+        .notificationCenter = notifications,
+        .mainQueue = time.mainQueue(),
+        .queues = time,
+        .clock = time,
+        .console = console,
+        .framework = camera,
+        .store = store,
+        .storage = std::make_shared<StorageWatch>(
+            StorageWatch::Services{time.mainQueue(), time, notifications, disk, storageRoom, folder.path()}),
+        .cameraAuthorization = authorization,
+        .photoLibrary = library,
+        .haptics = haptics,
+        .urlOpener = opener,
+        .idleInhibitor = &idleInhibitor,
+        .remoteConfig = remoteConfig,
+        .appInfo = {.shortVersion = "1.10",
+                    .remoteConfigURL = {},
+                    .storePage = "https://store.example/skyflare",
+                    .supportAddress = {}},
+        .settingsStoryboard = settingsStoryboard,
+        .galleryStoryboard = galleryStoryboard});
 
     ~MainFixture()
     {

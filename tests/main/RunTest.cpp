@@ -106,6 +106,15 @@ TEST_CASE_FIXTURE(MainFixture, "a burst is seen, felt, counted and logged")
     library.asked[0](AuthorizationStatus::Limited);
     time.runUntilIdle();
     CHECK(popups(*screen) == Lines(2, "We need your permission"));
+    CHECK(library.assetDates.empty());
+    console.clear();
+    library.asked[0](AuthorizationStatus::Authorized);
+    library.change = {false, Error{"library", 28, "no space left on the device"}};
+    library.asked[0](AuthorizationStatus::Authorized);
+    CHECK(library.assetDates == std::vector(2, 1'700'000'002.0));
+    CHECK(console.lines() == Lines{"Fotoğraf başarıyla galeriye kaydedildi.",
+                                   "Fotoğraf galeriye kaydedilemedi: no space left on the device"});
+    CHECK(popups(*screen).size() == 2);
 }
 
 TEST_CASE_FIXTURE(MainFixture, "a lost camera ends the run and says so, and the next start is a new try")
@@ -195,7 +204,62 @@ TEST_CASE_FIXTURE(MainFixture, "a tap focuses while a run is on and the setting 
     time.advance(1ms);
     CHECK(screen->focusView() == nullptr);
 
+    camera.device->lockError = Error{"v4l2", 16, "the camera is busy"};
     screen->focusPointTapped({10, 20});
+    CHECK(console.lines().back() == "Odak ayarlamada hata: the camera is busy (v4l2 16)");
     screen->mainButtonTapped();
     CHECK(screen->focusView() == nullptr);
+}
+
+TEST_CASE_FIXTURE(MainFixture, "a run ends, and none begins, where there is no room for two more photos")
+{
+    load();
+    camera.photoOutput->answer = std::make_shared<const Bytes>(onePixelPng());
+    const std::uint64_t photo = camera.photoOutput->answer->size();
+    screen->mainButtonTapped();
+    time.advance(2s);
+    disk.bytes = 20 * photo; // one of them is kept back
+    show({20, 71});
+    time.advance(1001ms);
+    CHECK(screen->isRunning());
+    const std::string little = "The storage is almost full: there is room for fewer than 20 more photos.";
+    CHECK(screen->statusText()->text() == little);
+    CHECK(screen->isStatusWarning());
+
+    console.clear();
+    disk.bytes = 3 * photo - 1;
+    show({20, 71});
+    CHECK_FALSE(screen->isRunning());
+    CHECK(events() == Lines{"catch_photo", "stop_capture"});
+    CHECK(screen->photoCountLabel()->text() == "2"); // nothing is lost
+    CHECK(library.asked.empty());                    // auto-save is off
+    CHECK(popups(*screen) == Lines{"No room for more photos"});
+    time.runUntilIdle();
+    tapPopup(*screen);
+    CHECK(screen->presentedViewController() != nullptr); // the gallery
+    screen->dismiss(Animated::No);
+
+    screen->mainButtonTapped();
+    time.runUntilIdle();
+    CHECK_FALSE(screen->isRunning());
+    CHECK(popups(*screen).size() == 1);
+    disk.bytes = 20 * photo;
+    screen->mainButtonTapped(); // somebody has made room
+    time.advance(1s);           // over what was said of the last photo
+    CHECK(screen->isRunning());
+    CHECK(screen->statusText()->text() == little);
+    disk.bytes = 21 * photo;
+    time.advance(5s);
+    CHECK_FALSE(screen->isStatusWarning());
+
+    screen->mainButtonTapped();
+    authorization.status = CameraAuthorizationStatus::NotDetermined;
+    screen->mainButtonTapped();
+    disk.bytes = 0; // while the user makes up their mind
+    notifications.postNotificationName("CountDidChange");
+    time.runUntilIdle();
+    authorization.waiting.at(0)(true);
+    time.runUntilIdle();
+    CHECK_FALSE(screen->isRunning());
+    CHECK(popups(*screen) == Lines(2, "No room for more photos"));
 }

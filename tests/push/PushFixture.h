@@ -7,14 +7,11 @@
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/fakes/WebPushSender.h"
 
-#include <optional>
-
 namespace skyflare {
 
 /// A desktop with distributors of push messages on its bus, and the app's side of it.
 struct PushFixture : BusFixture {
     static constexpr const char *distributor = "org.unifiedpush.Distributor.one";
-    using Texts = std::vector<std::string>;
 
     std::string app = "org.example.App";
     TemporaryFolder folder;
@@ -24,17 +21,13 @@ struct PushFixture : BusFixture {
     std::vector<Bytes> tokens; ///< those handed out by the app
     std::shared_ptr<UnifiedPushNotifications> notifications;
 
-    [[nodiscard]] UnifiedPushInbox::Services inboxServices()
-    {
-        return {session, random, shown, console, folder / "state"};
-    }
     /// As at each start of the app.
     void startApp()
     {
         notifications.reset();
         settle(session, "org.freedesktop.DBus"); // the name is given back
-        notifications = std::make_shared<UnifiedPushNotifications>(
-            UnifiedPushNotifications::Services{inboxServices(), main, app});
+        notifications = std::make_shared<UnifiedPushNotifications>(UnifiedPushNotifications::Services{
+            {session, random, shown, console, folder / "state"}, main, app});
         notifications->registerForRemoteNotifications([this](const Result<Bytes> &token) {
             CHECK(main.isCurrent());
             if (token)
@@ -47,9 +40,7 @@ struct PushFixture : BusFixture {
     [[nodiscard]] std::unique_ptr<FakeBusService> startDistributor(const std::string &name = distributor)
     {
         auto started = service(name);
-        started->on("Register", [](auto) {
-            return Reply{g_variant_new_parsed("({'success': <'REGISTRATION_SUCCEEDED'>},)")};
-        });
+        started->on("Register", "({'success': <'REGISTRATION_SUCCEEDED'>},)");
         return started;
     }
     /// The token that it was registered with, last.
@@ -67,9 +58,7 @@ struct PushFixture : BusFixture {
         system.call({app, "/org/unifiedpush/Connector", "org.unifiedpush." + interface, method,
                      takeVariant(arguments), isVersion2 ? "(a{sv})" : "()"},
                     [&](const Result<BusAnswer> &answer) {
-                        gchar *printed = answer ? g_variant_print(answer->values.get(), FALSE) : nullptr;
-                        text = answer ? printed : answer.error().domain;
-                        g_free(printed);
+                        text = answer ? textOf(answer->values) : answer.error().domain;
                     });
         CHECK(main.runUntil([&] { return text.has_value(); }));
         return text.value_or("");
@@ -80,15 +69,17 @@ struct PushFixture : BusFixture {
             "Connector2", "NewEndpoint",
             g_variant_new_parsed("({'token': <%s>, 'endpoint': <%s>},)", token.c_str(), endpoint.c_str()));
     }
-    static GVariant *octets(const Bytes &bytes)
-    {
-        return g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, bytes.data(), bytes.size(), 1);
-    }
     std::string bringMessage(const std::string &token, const Bytes &message, const char *id)
     {
+        auto *octets = g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, message.data(), message.size(), 1);
         return callApp("Connector2", "Message",
                        g_variant_new_parsed("({'token': <%s>, 'message': <%@ay>, 'id': <%s>},)",
-                                            token.c_str(), octets(message), id));
+                                            token.c_str(), octets, id));
+    }
+    std::string bringMessageByVersion1(const std::string &token, const Bytes &message)
+    {
+        auto *octets = g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, message.data(), message.size(), 1);
+        return callApp("Connector1", "Message", g_variant_new("(s@ays)", token.c_str(), octets, ""));
     }
 };
 

@@ -27,12 +27,9 @@ WebPushKeys exampleKeys()
 }
 
 /// And the message to it (section 5).
-Bytes exampleMessage()
-{
-    return fromBase64Url("DGv6ra1nlYgDCS1FRnbzlwAAEABBBP4z9KsN6nGRTbVYI_c7VJSPQTBtkgcy27ml"
-                         "mlMoZIIgDll6e3vCYLocInmYWAmS6TlzAC8wEqKK6PBru3jl7A_yl95bQpu6cVPT"
-                         "pK4Mqgkf1CXztLVBSt2Ks3oZwbuwXPXLWyouBWLVWGNWQexSgSxsj_Qulcy4a-fN");
-}
+constexpr const char *exampleMessage = "DGv6ra1nlYgDCS1FRnbzlwAAEABBBP4z9KsN6nGRTbVYI_c7VJSPQTBtkgcy27ml"
+                                       "mlMoZIIgDll6e3vCYLocInmYWAmS6TlzAC8wEqKK6PBru3jl7A_yl95bQpu6cVPT"
+                                       "pK4Mqgkf1CXztLVBSt2Ks3oZwbuwXPXLWyouBWLVWGNWQexSgSxsj_Qulcy4a-fN";
 
 std::string textOf(const Result<Bytes> &decrypted)
 {
@@ -50,7 +47,7 @@ Result<UserNotification> read(std::string_view text)
 TEST_CASE("the RFC's own message is read, and none of it can be changed")
 {
     const WebPushKeys keys = exampleKeys();
-    const Bytes message = exampleMessage();
+    const Bytes message = fromBase64Url(exampleMessage);
     CHECK(textOf(decryptWebPush(keys, message)) == "When I grow up, I want to be a watermelon");
 
     for (std::size_t i = 0; i < message.size(); ++i) {

@@ -67,11 +67,12 @@ Screen gallery(MainFixture &main, std::size_t photos)
     return screen;
 }
 
-std::shared_ptr<PhotoDetailViewController> detail(MainFixture &main, const Image &photo)
+std::shared_ptr<PhotoDetailViewController> detail(MainFixture &main, const Image &photo,
+                                                  const std::string &uuid = "A")
 {
     auto screen =
         main.detailStoryboard.instantiateViewController<PhotoDetailViewController>("PhotoDetailViewSB");
-    screen->setPhoto(PhotoModel{"A", photo, 1'700'000'000});
+    screen->setPhoto(PhotoModel{uuid, photo, 1'700'000'000});
     screen->loadViewIfNeeded();
     return screen;
 }
@@ -120,6 +121,11 @@ std::vector<Row> detailRows()
         screen->deleteButtonTapped();
         return screen;
     };
+    const auto isDamaged = [](MainFixture &main) -> Screen {
+        main.photoStore.saveImage(damaged());
+        return detail(main, damaged(), main.photoStore.fetchImages(1).at(0).uuid);
+    };
+    const auto isGone = [](MainFixture &main) -> Screen { return detail(main, damaged()); };
     return {{"photo", three, plain},
             {"photo-focus", english, plain, {Qt::Key_Tab}},
             {"photo-zoomed", english, plain, {Qt::Key_Plus, Qt::Key_Plus, Qt::Key_Plus}},
@@ -136,7 +142,8 @@ std::vector<Row> detailRows()
              [](MainFixture &main) {
                  return saved(main, AuthorizationStatus::Authorized, {false, Error{"disk", 28, "full"}});
              }},
-            {"photo-damaged", three, [](MainFixture &main) -> Screen { return detail(main, damaged()); }}};
+            {"photo-damaged", three, isDamaged},
+            {"photo-gone", {"en", "tr"}, isGone}};
 }
 
 } // namespace

@@ -159,12 +159,22 @@ std::vector<Row> runningRows(const Image &photo)
         run(main);
         main.screen->sessionDidChange({SessionEvent::Kind::Lost, "Back camera", "The camera is gone.", {}});
     };
+    const auto littleRoom = [](MainFixture &main) {
+        main.disk.bytes = 10'000'000;
+        run(main);
+    };
+    const auto noRoom = [](MainFixture &main) {
+        main.disk.bytes = 0;
+        run(main);
+    };
     return {{"running", english, run},
             {"captured", three, captured},
             {"many-photos", english, capturedMany},
             {"focusing", english, focusing},
             {"sensivity-open", three, choosing},
-            {"camera-lost", three, lost}};
+            {"camera-lost", three, lost},
+            {"storage-low", three, littleRoom},
+            {"storage-full", three, noRoom}};
 }
 
 } // namespace

@@ -23,6 +23,8 @@ TEST_CASE_FIXTURE(ShownMain,
     CHECK(app.autoSave());
     press(Qt::Key_Return);
     CHECK_FALSE(app.autoSave());
+    act("switch0", "Toggle");
+    CHECK(app.autoSave());
     press(Qt::Key_Tab);
     CHECK(focus() == "switch1");
     press(Qt::Key_Space);

@@ -122,35 +122,8 @@ TEST_CASE_FIXTURE(StoreFixture, "what could not be saved counts, is fetched, and
 
 TEST_CASE("a file that is not ours is refused and stays as it is")
 {
-    struct Row {
-        std::string what;
-        std::function<void(const std::filesystem::path &)> make;
-        std::string message;
-    };
-    const std::vector<Row> rows = {
-        {"garbage", [](const auto &file) { REQUIRE(replaceFile(file, Bytes(5000, 'x'))); },
-         "file is not a database (SQLite 26)"},
-        {"a few bytes", [](const auto &file) { REQUIRE(replaceFile(file, Bytes(6, 'x'))); },
-         "file is not a database (SQLite 26)"},
-        {"a later version",
-         [](const auto &file) {
-             execute(*open(file), "PRAGMA journal_mode = WAL; CREATE TABLE t(a); PRAGMA user_version = 2");
-         },
-         "the file has version 2, this program knows version 1 (persistence 1)"},
-        {"a later version in a log that a crash left",
-         [](const auto &file) {
-             const auto database = open(file);
-             database->setCheckpointsOnClose(false);
-             execute(*database, "PRAGMA journal_mode = WAL; CREATE TABLE t(a); PRAGMA user_version = 7");
-         },
-         "the file has version 7, this program knows version 1 (persistence 1)"},
-        {"another program's", [](const auto &file) { execute(*open(file), "CREATE TABLE t(a)"); },
-         "the file is another program's database (persistence 1)"},
-        {"a folder", [](const auto &file) { std::filesystem::create_directory(file); },
-         "unable to open database file (SQLite 14)"},
-    };
-    for (const Row &row : rows) {
-        CAPTURE(row.what);
+    using Make = std::function<void(const std::filesystem::path &)>;
+    const auto refusal = [](const Make &make) {
         const TemporaryFolder folder;
         VirtualTime time;
         const auto file = folder / "Storage.sqlite";
@@ -159,16 +132,34 @@ TEST_CASE("a file that is not ours is refused and stays as it is")
             const auto log = readFile(file.string() + "-wal");
             return std::pair(bytes ? *bytes : Bytes(), log ? *log : Bytes());
         };
-        row.make(file);
+        make(file);
         const auto before = contents();
+        std::string said;
         {
             const StoreUser user(folder.path(), time);
             REQUIRE_FALSE(user.loaded);
-            CHECK(user.loaded.error().description() == row.message);
             CHECK(user.loaded.error().userInfo.at("path") == file.string());
+            said = user.loaded.error().description();
         }
         CHECK(contents() == before);
-    }
+        return said;
+    };
+    for (const std::size_t garbage : {5000U, 6U})
+        CHECK(refusal([&](const auto &file) { REQUIRE(replaceFile(file, Bytes(garbage, 'x'))); }) ==
+              "file is not a database (SQLite 26)");
+    CHECK(refusal([](const auto &file) {
+              execute(*open(file), "PRAGMA journal_mode = WAL; CREATE TABLE t(a); PRAGMA user_version = 2");
+          }) == "the file has version 2, this program knows version 1 (persistence 1)");
+    CHECK(refusal([](const auto &file) { // the version is in a log that a crash left
+              const auto database = open(file);
+              database->setCheckpointsOnClose(false);
+              execute(*database, "PRAGMA journal_mode = WAL; CREATE TABLE t(a); PRAGMA user_version = 7");
+          }) == "the file has version 7, this program knows version 1 (persistence 1)");
+    CHECK(refusal([](const auto &file) { execute(*open(file), "CREATE TABLE t(a)"); }) ==
+          "the file is another program's database (persistence 1)");
+    CHECK(refusal([](const auto &file) { std::filesystem::create_directory(file); }) ==
+          "unable to open database file (SQLite 14)");
+
     const TemporaryFolder folder;
     VirtualTime time;
     folder.write("file", "no folder");

@@ -6,11 +6,9 @@ namespace skyflare {
 
 Storyboard Sampler::storyboard()
 {
-    return {
-        "Sampler",
-        {{"SamplerView", QUrl("qrc:/Skyflare/Sampler/SamplerView.qml"), [] { return makeShared<Sampler>(); }},
-         {"PlainView", QUrl("qrc:/Skyflare/Sampler/PlainView.qml"),
-          [] { return makeShared<PlainScreen>(); }}}};
+    return {"Sampler", {{"SamplerView", QUrl("qrc:/Skyflare/Sampler/SamplerView.qml"), [] {
+                             return makeShared<Sampler>();
+                         }}}};
 }
 
 void Sampler::viewDidLoad()
@@ -19,7 +17,6 @@ void Sampler::viewDidLoad()
     mainButton_.setText("Start");
     gearButton_.setSymbol("gear");
     gearButton_.setAccessibleName("Settings");
-    lightPowerLabel_.setText("0.31");
     statusText_.setText("Ready to capture fireworks...");
 }
 

@@ -15,7 +15,6 @@ class Sampler : public skyflare::ViewController {
     QML_UNCREATABLE("made by its storyboard")
     Q_PROPERTY(skyflare::ButtonOutlet *mainButton READ mainButton CONSTANT)
     Q_PROPERTY(skyflare::ButtonOutlet *gearButton READ gearButton CONSTANT)
-    Q_PROPERTY(skyflare::LabelOutlet *lightPowerLabel READ lightPowerLabel CONSTANT)
     Q_PROPERTY(skyflare::LabelOutlet *statusText READ statusText CONSTANT)
     Q_PROPERTY(skyflare::ImageOutlet *photo READ photo CONSTANT)
     Q_PROPERTY(skyflare::PreviewLayer *previewLayer READ previewLayer NOTIFY previewChanged)
@@ -32,7 +31,6 @@ public:
 
     [[nodiscard]] ButtonOutlet *mainButton() { return &mainButton_; }
     [[nodiscard]] ButtonOutlet *gearButton() { return &gearButton_; }
-    [[nodiscard]] LabelOutlet *lightPowerLabel() { return &lightPowerLabel_; }
     [[nodiscard]] LabelOutlet *statusText() { return &statusText_; }
     [[nodiscard]] ImageOutlet *photo() { return &photo_; }
     [[nodiscard]] PreviewLayer *previewLayer() { return previewLayer_.get(); }
@@ -43,7 +41,6 @@ signals:
 private:
     ButtonOutlet mainButton_;
     ButtonOutlet gearButton_;
-    LabelOutlet lightPowerLabel_;
     LabelOutlet statusText_;
     ImageOutlet photo_;
     std::unique_ptr<PreviewLayer> previewLayer_;
@@ -52,8 +49,6 @@ private:
 /// A screen with nothing on it.
 class PlainScreen : public skyflare::ViewController {
     Q_OBJECT
-    QML_ELEMENT
-    QML_UNCREATABLE("made by its storyboard")
 };
 
 } // namespace skyflare

@@ -22,7 +22,7 @@ Rectangle {
 
         Readout {
             caption: "Light power"
-            outlet: screen.controller.lightPowerLabel
+            outlet: screen.controller.statusText
         }
         PhotoView {
             objectName: "photo"

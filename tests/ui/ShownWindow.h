@@ -5,6 +5,7 @@
 
 #include <doctest/doctest.h>
 
+#include <QAccessible>
 #include <QQuickItem>
 #include <QTest>
 #include <functional>
@@ -83,6 +84,12 @@ struct ShownWindow {
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
     {
         QTest::keyClick(&quick(), key, modifiers);
+        afterInput();
+    }
+    /// As a screen reader does.
+    void act(const QString &name, const QString &action)
+    {
+        QAccessible::queryAccessibleInterface(item(name))->actionInterface()->doAction(action);
         afterInput();
     }
     /// What has the focus after each of the presses.

@@ -1,24 +1,12 @@
 import QtQuick
-import QtQuick.Templates as T
 import Skyflare.Ui
 
 /// The filled button for what a card or a screen is there for. Drawn 40 high, hit on 44.
-T.AbstractButton {
+OutletButton {
     id: control
-
-    required property ButtonOutlet outlet
 
     implicitWidth: Math.max(120, contentItem.implicitWidth + 40)
     implicitHeight: Metrics.touchArea
-    text: outlet.text
-    visible: !outlet.hidden
-    enabled: outlet.enabled
-    opacity: outlet.alpha
-    focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.Button
-    Accessible.name: outlet.accessibleName
-    Keys.onReturnPressed: control.clicked()
-    Keys.onEnterPressed: control.clicked()
 
     background: Item {
         Rectangle {

@@ -1,12 +1,10 @@
 import QtQuick
-import QtQuick.Templates as T
 import Skyflare.Ui
 
 /// A button that is a symbol alone; its name is for screen readers. Hit on 44, however small it is drawn.
-T.AbstractButton {
+OutletButton {
     id: control
 
-    required property ButtonOutlet outlet
     property string symbol: outlet.symbol
     property real drawnSize: 30
     property real symbolSize: 22
@@ -15,14 +13,6 @@ T.AbstractButton {
 
     implicitWidth: Math.max(Metrics.touchArea, drawnSize)
     implicitHeight: Math.max(Metrics.touchArea, drawnSize)
-    visible: !outlet.hidden
-    enabled: outlet.enabled
-    opacity: outlet.alpha
-    focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.Button
-    Accessible.name: outlet.accessibleName
-    Keys.onReturnPressed: control.clicked()
-    Keys.onEnterPressed: control.clicked()
 
     background: Item {
         Rectangle {

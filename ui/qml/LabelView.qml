@@ -12,6 +12,7 @@ Text {
     font.pixelSize: Metrics.bodySize
     textFormat: Text.PlainText
     wrapMode: Text.Wrap
+    Accessible.ignored: !(parent && parent.enabled) // covered by something else
     Accessible.role: Accessible.StaticText
     Accessible.name: text
 }

@@ -1,18 +1,14 @@
 import QtQuick
-import QtQuick.Templates as T
 import Skyflare.Ui
 
 /// One photo of the grid: fills the cell and is cut off at its edges.
-T.AbstractButton {
+BaseButton {
     id: cell
 
     property alias imageView: photo
     property bool isCurrent: false // the one of its grid that Tab comes to
 
     focusPolicy: isCurrent ? Qt.StrongFocus : Qt.ClickFocus
-    Accessible.role: Accessible.Button
-    Keys.onReturnPressed: cell.clicked()
-    Keys.onEnterPressed: cell.clicked()
 
     Rectangle {
         anchors.fill: parent

@@ -14,6 +14,7 @@ FocusScope {
     y: popup.frame.y
     width: popup.frame.width
     height: popup.frame.height
+    Accessible.ignored: !(parent && parent.enabled) // covered by something else
     Accessible.role: Accessible.Dialog
     Accessible.name: popup.titleLabel.text
     Accessible.description: popup.descriptionLabel.text

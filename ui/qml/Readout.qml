@@ -12,6 +12,7 @@ Column {
 
     spacing: 2
     visible: !outlet.hidden
+    Accessible.ignored: !(parent && parent.enabled) // covered by something else
     Accessible.role: Accessible.StaticText
     Accessible.name: caption + " " + outlet.text
 

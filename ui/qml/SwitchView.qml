@@ -1,9 +1,8 @@
 import QtQuick
-import QtQuick.Templates as T
 import Skyflare.Ui
 
 /// What is on or off. Drawn 50 × 30, hit on 56 × 44.
-T.AbstractButton {
+BaseButton {
     id: control
 
     required property SwitchOutlet outlet
@@ -13,14 +12,11 @@ T.AbstractButton {
     implicitWidth: 56
     implicitHeight: Metrics.touchArea
     visible: !outlet.hidden
-    focusPolicy: Qt.StrongFocus
     Accessible.role: Accessible.CheckBox
     Accessible.name: name
     Accessible.description: explanation
     Accessible.checkable: true
     Accessible.checked: outlet.on
-    Keys.onReturnPressed: control.clicked()
-    Keys.onEnterPressed: control.clicked()
     onClicked: outlet.toggled()
 
     background: Item {
