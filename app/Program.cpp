@@ -5,6 +5,7 @@
 #include "platform/base/Localization.h"
 #include "platform/camera/GstCapture.h"
 #include "platform/linux/DeviceCameraAuthorization.h"
+#include "platform/linux/Sandbox.h"
 #include "platform/persistence/ManagedObjectContext.h"
 #include "screens/gallery/PhotoDetailViewController.h"
 #include "screens/gallery/PhotoListViewController.h"
@@ -27,6 +28,10 @@ constexpr int couldNotStart = 1;
 /// Where the desktop has no page of settings for the app.
 std::string settingsHelp()
 {
+    if (isSandboxed())
+        return localized("Camera: let Skyflare use it in your desktop's settings, among the permissions of "
+                         "apps. Language: "
+                         "Skyflare speaks the language of your desktop.");
     return localized(
         "Camera: your user must be allowed to open the camera's device; on most systems that takes being in "
         "the group “video”, and logging in again. Language: Skyflare speaks the language of your desktop.");
