@@ -100,7 +100,7 @@ void EventJournal::commit()
 Result<> EventJournal::end()
 {
     writeAlong();
-    const auto ended = database_->endTransaction(damage_ ? Result<>(*damage_) : Result<>());
+    auto ended = database_->endTransaction(damage_ ? Result<>(*damage_) : Result<>());
     database_ = nullptr;
     damage_.reset();
     isMetadataStored_ = false;
@@ -124,7 +124,7 @@ Result<> EventJournal::change(const Change &change)
 {
     commit();
     if (const auto begun = begin(); !begun)
-        return begun;
+        return begun.error();
     const auto changed = change({*database_, known_->events, known_->dailyCounts.day, uncommitted_});
     if (!changed)
         damage_ = changed.error();
@@ -262,7 +262,7 @@ Result<> EventJournal::deleteStaleDataIfDue()
 
 Result<> EventJournal::reset()
 {
-    const auto wiped = removeRows({LedgerEntry::Wiped, LedgerEntry::QueueWiped}, &APMDatabase::reset);
+    auto wiped = removeRows({LedgerEntry::Wiped, LedgerEntry::QueueWiped}, &APMDatabase::reset);
     known_.reset();
     return wiped;
 }

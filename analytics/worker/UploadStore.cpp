@@ -170,7 +170,7 @@ Result<> UploadStore::store(const Changing &changing, const BundleDraft &draft)
     const Bytes message = draft.message();
     const FinishedBundle finished{frame.appId, frame.startTimestamp, frame.endTimestamp, message};
     if (const auto inserted = changing.database.insertBundle(&finished, draft.isRealtime()); !inserted)
-        return inserted;
+        return inserted.error();
     auto last = changing.database.queryAppMetadata();
     if (!last)
         return last.error();
@@ -178,11 +178,11 @@ Result<> UploadStore::store(const Changing &changing, const BundleDraft &draft)
     last->lastBundleStartTimestamp = frame.startTimestamp;
     last->lastBundleEndTimestamp = frame.endTimestamp;
     if (const auto updated = changing.database.updateAppMetadata(*last); !updated)
-        return updated;
+        return updated.error();
     for (const auto &[name, bundled] : draft.names()) {
         const auto counted = changing.events.countBundled(changing.database, name, bundled, changing.day);
         if (!counted)
-            return counted;
+            return counted.error();
     }
     changing.counted.add(LedgerEntry::Bundled, static_cast<std::uint64_t>(draft.events()));
     return {};
