@@ -31,7 +31,7 @@ constexpr std::array<ValueOption<CollectorOptions>, 9> valueOptions{{
      readText<&CollectorOptions::settings>},
     {"--max-body", "BYTES", "of a request, packed and unpacked (12582912)",
      [](CollectorOptions &options, std::string_view text) {
-         const auto read = readWholeNumber(text, 1024, mostBodyBytes, options.server.bodyBytes);
+         auto read = readWholeNumber(text, 1024, mostBodyBytes, options.server.bodyBytes);
          options.limits.batchBytes = options.server.bodyBytes;
          return read;
      }},

@@ -31,7 +31,7 @@ Result<> readSensitivity(Options &options, std::string_view text)
 Result<> readFrequency(Options &options, std::string_view text)
 {
     int photosASecond = 1;
-    const auto read = readWholeNumber(text, 1, std::ssize(frequencyRows), photosASecond);
+    auto read = readWholeNumber(text, 1, std::ssize(frequencyRows), photosASecond);
     options.frequency = static_cast<CaptureFrequency>(photosASecond - 1);
     return read;
 }
