@@ -30,8 +30,7 @@ std::string settingsHelp()
 {
     if (isSandboxed())
         return localized("Camera: let Skyflare use it in your desktop's settings, among the permissions of "
-                         "apps. Language: "
-                         "Skyflare speaks the language of your desktop.");
+                         "apps. Language: Skyflare speaks the language of your desktop.");
     return localized(
         "Camera: your user must be allowed to open the camera's device; on most systems that takes being in "
         "the group “video”, and logging in again. Language: Skyflare speaks the language of your desktop.");
