@@ -18,7 +18,9 @@ void GreetedService::whenGreeted(Work work)
 
 void GreetedService::ownerChanged(std::string_view oldOwner, std::string_view newOwner)
 {
-    if (!oldOwner.empty())
+    // Also one that was missing when it was greeted. One that the greeting itself has started is being
+    // greeted.
+    if (!oldOwner.empty() || state_ == State::Said)
         lose();
     const bool isKnown = turn_ > 0; // otherwise nothing has been called yet
     if (!newOwner.empty() && isKnown && state_ == State::Unsaid)
