@@ -132,6 +132,7 @@ void AsioQueues::close()
         served.core->close();
     for (Served &served : serial)
         served.thread.join();
+    globalCore_->waitUntilIdle();
     globalCore_->close();
     for (std::thread &thread : std::exchange(globalThreads_, {}))
         thread.join();

@@ -36,7 +36,7 @@ public:
     void drainGlobal();
 
     /// Closes every serial queue and waits until they have run what they had accepted, then the same for
-    /// the global queue, which they may feed until then. Queues made later are born closed.
+    /// the global queue, which they and its own work may feed until then. Queues made later are born closed.
     /// Not from a queue's work, and not where that work waits for the caller: there, use closeThen().
     void close();
 

@@ -129,6 +129,11 @@ TEST_CASE("the global queue runs side by side and can be drained")
 TEST_CASE_FIXTURE(WorkerFixture, "a shutdown runs all that was accepted, while main goes on serving")
 {
     MainLoop mainLoop;
+    int fed = 0;
+    const std::function<void()> feed = [&] { // itself: one after the other, while all is closed
+        if (++fed < 1000)
+            queues.globalUserInitiated().async(feed);
+    };
     std::vector<int> ran;
     mainLoop.async([&] {
         queue->async([&] {
@@ -136,10 +141,12 @@ TEST_CASE_FIXTURE(WorkerFixture, "a shutdown runs all that was accepted, while m
             queues.globalUserInitiated().async([&] {
                 CHECK(mainLoop.sync([&] { ran.push_back(2); }));
                 mainLoop.async([&] { ran.push_back(3); });
+                queues.globalUserInitiated().async(feed);
             });
         });
         queues.closeThen([&] { mainLoop.quit(); });
     });
     mainLoop.run();
     CHECK(ran == std::vector{1, 2, 3});
+    CHECK(fed == 1000);
 }
