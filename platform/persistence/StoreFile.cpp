@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include <string>
+#include <thread>
 
 namespace skyflare {
 
@@ -19,8 +20,8 @@ constexpr const char *newFileSql = "PRAGMA page_size = 16384; PRAGMA auto_vacuum
 constexpr const char *writerSql = "PRAGMA synchronous = FULL; PRAGMA secure_delete = OFF;"
                                   "PRAGMA wal_autocheckpoint = 4096; PRAGMA journal_size_limit = 67108864;";
 
-// Two processes that make the file at the same time may refuse each other; the second try waits.
-constexpr int journalTries = 20;
+// Two processes that make the file at the same time may refuse each other, and SQLite does not wait there.
+constexpr std::chrono::milliseconds pauseBetweenTries{1};
 
 Error refusal(const std::filesystem::path &file, std::string why)
 {
@@ -133,17 +134,17 @@ Result<> checkForm(const StoreFile &opened, const std::filesystem::path &file,
     return {};
 }
 
-Result<> prepareForWriting(Database &database)
+Result<> prepareForWriting(Database &database, std::chrono::milliseconds longestWait)
 {
     if (const auto done = database.execute(writerSql); !done)
         return done.error();
-    Result<> done;
-    for (int tries = 0; tries < journalTries; ++tries) {
-        done = database.execute("PRAGMA journal_mode = WAL");
-        if (done || !isBusy(done.error()))
-            break;
+    const auto until = std::chrono::steady_clock::now() + longestWait;
+    for (;;) {
+        auto done = database.execute("PRAGMA journal_mode = WAL");
+        if (done || !isBusy(done.error()) || std::chrono::steady_clock::now() >= until)
+            return done;
+        std::this_thread::sleep_for(pauseBetweenTries);
     }
-    return done;
 }
 
 Error withPath(Error error, const std::filesystem::path &file)
@@ -165,7 +166,7 @@ Result<StoreFile> openStoreFile(const std::filesystem::path &file, const std::ve
     if (const auto checked = checkForm(*opened, file, tables, version); !checked)
         return withPath(checked.error(), file);
     if (!opened->writer->isReadOnly()) {
-        if (const auto done = prepareForWriting(*opened->writer); !done)
+        if (const auto done = prepareForWriting(*opened->writer, writerTimeout); !done)
             return withPath(done.error(), file);
     }
     opened->writer->setCheckpointsOnClose(true);

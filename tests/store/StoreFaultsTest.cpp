@@ -197,7 +197,9 @@ TEST_CASE("a process killed in the middle of any change to a file loses no photo
         announced.checkIn(folder.path());
         return lines;
     };
-    const long changes = std::stol(run(0).back());
+    const auto whole = run(0);
+    REQUIRE_FALSE(whole.empty());
+    const long changes = std::stol(whole.back());
     CHECK(changes > 50);
     for (long deadlyChange = 1; deadlyChange <= changes; ++deadlyChange) {
         CAPTURE(deadlyChange);

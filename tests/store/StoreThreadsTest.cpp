@@ -86,18 +86,16 @@ TEST_CASE_FIXTURE(ThreadsFixture,
 
 TEST_CASE_FIXTURE(ThreadsFixture, "a record that is fetched while its row is deleted stays whole")
 {
-    std::atomic<bool> ended = false;
+    std::atomic<int> seen = 0;
     auto deleter = std::async(std::launch::async, [&] {
-        for (std::uint32_t round = 0; round < 30; ++round) {
+        for (std::uint32_t round = 0; round < 30 || (seen == 0 && round < 3000); ++round) {
             for (std::uint32_t number = 0; number < 4; ++number)
                 user.photos.saveImage(noise(round, 30));
             user.photos.deletePhoto(user.uuids(1).at(0));
             user.photos.deleteAllPhotos();
         }
-        ended = true;
     });
-    int seen = 0;
-    while (!ended) {
+    while (deleter.wait_for(0s) != std::future_status::ready) {
         for (const PhotoModel &record : user.photos.fetchImages(0)) {
             const auto pixels = record.image.pixels();
             if (!pixels)

@@ -85,7 +85,7 @@ void fillDisk(const std::filesystem::path &folder)
 void saveTwo(const std::filesystem::path &folder)
 {
     VirtualTime time;
-    StoreUser user(folder / "store", time.globalUserInitiated(), time, std::chrono::seconds(20));
+    StoreUser user(folder / "store", time.globalUserInitiated(), time, std::chrono::minutes(5));
     if (!user.loaded)
         print(user.loaded.error().description());
     user.photos.saveImage(noise(1));
