@@ -11,7 +11,7 @@ namespace skyflare {
 namespace {
 
 /// Longer than a program takes to open or to close the file.
-constexpr std::chrono::milliseconds busyTimeout{2000};
+constexpr std::chrono::milliseconds busyTimeout{10000};
 
 std::filesystem::path logOf(const std::filesystem::path &file)
 {

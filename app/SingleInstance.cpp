@@ -11,7 +11,7 @@ namespace skyflare {
 
 namespace {
 
-constexpr int patienceMs = 2000; // of a later process with the first one
+constexpr int patienceMs = 10000; // of a later process with the first one
 /// What a Wayland desktop gives a program that the user has just started, and asks for when a window wants to
 /// come to the front.
 constexpr const char *tokenVariable = "XDG_ACTIVATION_TOKEN";

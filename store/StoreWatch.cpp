@@ -11,8 +11,9 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// From one look to the next, the first from when the file has changed.
-constexpr std::array delays{milliseconds{250}, milliseconds{1000}, milliseconds{4000}};
+/// From one look to the next, the first from when the file has changed: a commit is seen only when the disk
+/// has it.
+constexpr std::array delays{milliseconds{250}, milliseconds{1000}, milliseconds{4000}, milliseconds{16000}};
 
 } // namespace
 

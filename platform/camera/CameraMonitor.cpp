@@ -15,8 +15,7 @@ struct CameraMonitor::FirstLook {
     std::mutex mutex;
     std::condition_variable changed;
     std::size_t pending = 0;
-    const std::chrono::steady_clock::time_point end =
-        std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    std::chrono::steady_clock::time_point end{};
 
     void oneIsDone()
     {
@@ -53,6 +52,7 @@ void CameraMonitor::start()
 {
     const auto factories = DeviceProvider::factoriesForVideo();
     firstLook_->pending = factories.size();
+    firstLook_->end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
     for (const auto &factory : factories) {
         const auto started =
             DeviceProvider::watch(factory, devices_, [look = firstLook_] { look->oneIsDone(); });

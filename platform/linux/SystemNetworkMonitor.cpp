@@ -62,9 +62,9 @@ void SystemNetworkMonitor::begin()
 void SystemNetworkMonitor::look()
 {
     const bool isConnected = g_network_monitor_get_network_available(monitor_.get()) == TRUE;
+    const std::scoped_lock lock(mutex_); // who has seen the change and observes then is not told of it
     if (isConnected_.exchange(isConnected) == isConnected)
         return;
-    const std::scoped_lock lock(mutex_);
     if (const auto changed = changed_) // a copy: it may observe anew
         changed();
 }
