@@ -199,13 +199,13 @@ TEST_CASE("called on many threads and closed while they call, it knows of every 
                     caller.callOnce(host->analytics());
             });
         host->start();
-        REQUIRE(opens.get_future().wait_for(deadline) == std::future_status::ready);
+        CHECK(opens.get_future().wait_for(deadline) == std::future_status::ready);
         while (!isHanging && host->ledger().tally().count(LedgerEntry::Stored) < 100)
             std::this_thread::yield();
         const auto main = queues.makeSerialQueue("main");
         std::promise<void> closed;
         host->close(*main, [&closed] { closed.set_value(); });
-        REQUIRE(closed.get_future().wait_for(deadline) == std::future_status::ready);
+        CHECK(closed.get_future().wait_for(deadline) == std::future_status::ready);
         threads.clear(); // each has made its calls
         if (isHanging)
             answers.count_down();

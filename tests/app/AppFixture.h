@@ -6,6 +6,7 @@
 
 #include <doctest/doctest.h>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 
@@ -39,7 +40,9 @@ struct AppFixture {
     /// Waits until the gallery counts as many photos as are stored.
     void seeAllCounted(DrivenApp &app) const
     {
-        app.readUntil("photoCountLabel", "\\(" + std::to_string(storedPhotos()) + "\\)");
+        const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(120);
+        while (app.read("photoCountLabel") != '(' + std::to_string(storedPhotos()) + ')')
+            REQUIRE(std::chrono::steady_clock::now() < until);
     }
 
     static void passOnboarding(DrivenApp &app)

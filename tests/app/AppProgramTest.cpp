@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <thread>
 
 using namespace skyflare;
 
@@ -48,10 +49,14 @@ TEST_CASE_FIXTURE(Program, "as it is shipped the app asks nothing of any network
     traced.environment = network.command();
     DrivenApp app(traced);
     app.waitForLine(servesItsLoop);
-    NetworkTrace::signal(app.process(), SIGINT);
+    const auto measured = folder / "state/mipeme-app-measurement.sql";
+    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(120);
+    while (!std::filesystem::exists(measured) && std::chrono::steady_clock::now() < until)
+        std::this_thread::yield();
+    REQUIRE(NetworkTrace::signal(app.process(), SIGINT));
     CHECK(app.wait() == 0);
     CHECK(network.callsOutside() == std::vector<std::string>());
-    CHECK(std::filesystem::exists(folder / "state/mipeme-app-measurement.sql"));
+    CHECK(std::filesystem::exists(measured));
 }
 
 TEST_CASE_FIXTURE(Program, "a store that cannot be loaded ends the app with the reason, and stays as it was")

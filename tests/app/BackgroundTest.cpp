@@ -52,11 +52,12 @@ struct BackgroundFixture : PushFixture {
                                                         ends.push_back(end);
                                                         activationToken = with;
                                                     }});
+        settle(session, busService); // it has its name
     }
     void bring(const char *text, const char *id) { bringMessage(token, sender->encrypt(text), id); }
     void waitForNotices(std::size_t count)
     {
-        CHECK(main.runUntil([&] { return desktop->count("Notify") == count; }));
+        REQUIRE(main.runUntil([&] { return desktop->count("Notify") == count; }));
         settle(session, notificationService);
     }
     void signal(const char *name, GVariant *values) const
@@ -82,7 +83,8 @@ struct StartedProgram {
         with.session.call({busService, "/", busService, "GetConnectionUnixProcessID",
                            takeVariant(g_variant_new("(s)", with.app.c_str())), "(u)"},
                           [this](const Result<BusAnswer> &answer) {
-                              g_variant_get(answer.value().values.get(), "(u)", &pid);
+                              if (answer)
+                                  g_variant_get(answer->values.get(), "(u)", &pid);
                           });
         REQUIRE(with.main.runUntil([this] { return pid != 0; }));
     }

@@ -48,6 +48,8 @@ public:
 
     /// Waits until it has printed that many lines that begin so.
     void waitForLine(const std::string &start, std::size_t lines = 1);
+    /// Waits for a line that begins like one of these, from that line on. @return how it begins
+    std::string waitForOneOf(const std::vector<std::string> &starts, std::size_t from);
     /// Waits for the end. @return the exit status
     int wait();
     [[nodiscard]] ChildProcess &process() { return process_; }
@@ -55,7 +57,9 @@ public:
     [[nodiscard]] const std::vector<std::string> &lines() const { return lines_; }
     /// How many of them begin so.
     [[nodiscard]] std::size_t count(const std::string &start) const;
-    /// What it has written to standard error, after its end; but for that there is no bus, which is so here.
+    /// What it has written to standard error, after its end; but for that there is no bus, which is so
+    /// here, and that the engine had no time to store its last events, as on a machine that does other
+    /// things.
     [[nodiscard]] std::string complaints() const;
 
 private:

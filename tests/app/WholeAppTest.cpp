@@ -98,7 +98,7 @@ bool isRecorded(const std::filesystem::path &folder)
     }
     CHECK(show.wait() == 0);
     CAPTURE(names);
-    CHECK(names.starts_with("_f _s _vs "));
+    CHECK(names.starts_with("_f _s ")); // on a slow start an engagement comes before the first screen
     CHECK(names.find("_s ", names.find("_s ") + 1) == names.npos); // two launches one after the other
     CHECK(screens.starts_with("MainViewController "));
     return screens.ends_with(" PhotoListViewController PhotoDetailViewController PhotoListViewController "

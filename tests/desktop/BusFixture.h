@@ -34,7 +34,8 @@ struct BusFixture {
     void settle(MessageBus &one, const std::string &name)
     {
         bool isDone = false;
-        one.call({name, "/", name, "Settle", {}, "()"}, [&](const auto &) { isDone = true; });
+        one.call({name, "/", name, "Settle", {}, "()", BusCall::forEver},
+                 [&](const auto &) { isDone = true; });
         CHECK(main.runUntil([&] { return isDone; }));
     }
     [[nodiscard]] static std::string textOf(const Variant &values)

@@ -17,7 +17,7 @@ constexpr const char *ours = "/org/freedesktop/login1/session/_32";
 
 BusCall exampleCall(const char *method)
 {
-    return {example, "/a", example, method, {}, "(s)"};
+    return {example, "/a", example, method, {}, "(s)", BusCall::forEver};
 }
 
 /// What its delay locks are to a logind: a pipe that hangs up when the lock is let go of.

@@ -27,6 +27,7 @@ TEST_CASE_FIXTURE(BusFixture, "impacts are felt; a service that is missing or st
         running->on("TriggerFeedback", row.answer);
         settle(session, feedback);
         impact(ImpactFeedbackStyle::Heavy);
+        REQUIRE_FALSE(running->calls().empty());
         CHECK(running->calls().back() == "TriggerFeedback ('org.example.App', 'camera-shutter', {}, -1)");
         for (int each = 1; each < 10; ++each)
             impact(each == 1 ? ImpactFeedbackStyle::Light : ImpactFeedbackStyle::Medium);

@@ -81,7 +81,7 @@ struct NotificationFixture : BusFixture, UserNotificationCenterDelegate {
     }
     std::string nextEnd()
     {
-        CHECK(main.runUntil([&] { return !ends.empty(); }));
+        REQUIRE(main.runUntil([&] { return !ends.empty(); }));
         const std::string end = ends.front();
         ends.erase(ends.begin());
         return end;
@@ -248,7 +248,9 @@ TEST_CASE_FIXTURE(NotificationFixture, "a notification daemon that desktops have
     bool isThere = false;
     const auto comes = session.watch(notifications, [&](bool is) { isThere = is; });
     settle(session, notifications);
-    const ChildProcess daemon({"dunst", "-conf", "/dev/null"});
+    const TemporaryFolder settings;
+    settings.write("dunstrc", "[urgency_normal]\ntimeout = 0\n"); // it stays until it is chosen
+    const ChildProcess daemon({"dunst", "-conf", (settings / "dunstrc").string()});
     REQUIRE(main.runUntil([&] { return isThere; }));
     CHECK(authorize(everything).empty());
     CHECK(add({"a", "1 < 2", "Fireworks <b>tonight</b> & tomorrow"}).empty());

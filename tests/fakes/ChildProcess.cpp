@@ -93,7 +93,8 @@ std::vector<std::string> ChildProcess::readAll()
 
 void ChildProcess::signal(int number) const
 {
-    ::kill(pid_, number);
+    if (pid_ > 0) // else it would go to everybody
+        ::kill(pid_, number);
 }
 
 void ChildProcess::kill()

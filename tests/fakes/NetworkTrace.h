@@ -46,14 +46,13 @@ public:
         return calls;
     }
 
-    /// To the program itself: strace does not pass a signal on.
-    static void signal(const ChildProcess &traced, int number)
+    /// To the program itself: strace does not pass a signal on. @return whether there is one
+    [[nodiscard]] static bool signal(const ChildProcess &traced, int number)
     {
         const std::string pid = std::to_string(traced.pid());
         pid_t program = 0;
         std::ifstream("/proc/" + pid + "/task/" + pid + "/children") >> program;
-        if (program > 0)
-            ::kill(program, number);
+        return program > 0 && ::kill(program, number) == 0;
     }
 
 private:

@@ -13,11 +13,13 @@ namespace skyflare {
 PrivateBus::PrivateBus()
 {
     const std::string file = (folder_ / "bus.conf").string();
-    folder_.write("bus.conf", "<busconfig><type>session</type><listen>unix:dir=" + folder_.path().string() +
-                                  "</listen><servicedir>" + (folder_ / "services").string() +
-                                  "</servicedir><auth>EXTERNAL</auth><policy context='default'>"
-                                  "<allow send_destination='*'/><allow receive_sender='*'/>"
-                                  "<allow own='*'/></policy></busconfig>");
+    folder_.write("bus.conf",
+                  "<busconfig><type>session</type><listen>unix:dir=" + folder_.path().string() +
+                      "</listen><servicedir>" + (folder_ / "services").string() +
+                      "</servicedir><auth>EXTERNAL</auth>"
+                      "<limit name='service_start_timeout'>120000</limit><policy context='default'>"
+                      "<allow send_destination='*'/><allow receive_sender='*'/>"
+                      "<allow own='*'/></policy></busconfig>");
     daemon_ = std::make_unique<ChildProcess>(
         std::vector<std::string>{"dbus-daemon", "--config-file", file, "--nofork", "--print-address"});
     address_ = daemon_->readLine().value_or("");
@@ -65,7 +67,7 @@ void FakeBusService::askBus(const char *method, _GVariant *arguments) const
 {
     constexpr const char *bus = "org.freedesktop.DBus";
     g_variant_unref(g_dbus_connection_call_sync(connection_.get(), bus, "/", bus, method, arguments, nullptr,
-                                                G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+                                                G_DBUS_CALL_FLAGS_NONE, G_MAXINT, nullptr, nullptr));
 }
 
 void FakeBusService::on(const std::string &method, const char *answer)

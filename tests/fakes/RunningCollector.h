@@ -25,7 +25,7 @@ public:
     {
         const std::string line = process.readLine().value_or("");
         const auto at = line.find(" port ");
-        REQUIRE_MESSAGE(at != std::string::npos, "it does not start");
+        REQUIRE_MESSAGE(at != std::string::npos, "it does not start: " << process.errors());
         port = std::atoi(line.c_str() + at + 6);
     }
 
@@ -58,8 +58,9 @@ private:
 /// Every line of a file of events; a line that is no JSON or has no end is a failure.
 inline std::vector<nlohmann::json> linesIn(const std::filesystem::path &file)
 {
-    const Bytes bytes = *readFile(file);
-    std::string_view rest(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+    const auto bytes = readFile(file);
+    REQUIRE(bytes);
+    std::string_view rest(reinterpret_cast<const char *>(bytes->data()), bytes->size());
     std::vector<nlohmann::json> lines;
     while (!rest.empty()) {
         const auto end = rest.find('\n');

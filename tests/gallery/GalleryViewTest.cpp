@@ -22,13 +22,18 @@ struct GalleryView : GalleryFixture, ShownWindow {
         loadGallery(photos);
         bringUp(gallery, photos > 0 ? "PhotoCell" : "closeButton");
     }
-    ZoomablePhoto &photo() { return *qobject_cast<ZoomablePhoto *>(item("imageContainer")); }
+    ZoomablePhoto &photo()
+    {
+        auto *const found = qobject_cast<ZoomablePhoto *>(item("imageContainer"));
+        REQUIRE(found != nullptr);
+        return *found;
+    }
     void waitForFrame()
     {
         int frames = 0;
         const auto counting = QObject::connect(&quick(), &QQuickWindow::frameSwapped, [&] { ++frames; });
         quick().update();
-        REQUIRE(comes([&] { return frames > 0; }));
+        CHECK(comes([&] { return frames > 0; }));
         QObject::disconnect(counting);
     }
 };

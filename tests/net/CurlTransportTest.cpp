@@ -170,7 +170,8 @@ TEST_CASE_FIXTURE(NetFixture, "a server that misbehaves is an error, each of its
         const std::string url = server.url("/" + std::to_string(number));
         CHECK(failure({.url = url, .timeLimit = rows[number].timeLimit}) == rows[number].expected);
     }
-    CHECK(failure("http://127.0.0.1:1/") == "Unreachable");
+    const HttpServer refusing(sayYes, HttpServer::Begins::Refusing);
+    CHECK(failure(refusing.url()) == "Unreachable");
 }
 
 TEST_CASE_FIXTURE(NetFixture, "a redirect is followed a few times, and to nowhere that may not be asked")
@@ -197,7 +198,8 @@ TEST_CASE_FIXTURE(NetFixture, "a redirect is followed a few times, and to nowher
     // As a Get its body would be lost, and the answer would look like a success.
     CHECK(failure({.method = HttpRequest::Method::Post,
                    .url = server.url("/3"),
-                   .maximumAnswerBytes = 100'000}) == "status 302");
+                   .maximumAnswerBytes = 100'000,
+                   .timeLimit = 60s}) == "status 302");
 }
 
 TEST_CASE_FIXTURE(NetFixture, "a request that is let go of is never answered")
@@ -215,7 +217,7 @@ TEST_CASE_FIXTURE(NetFixture, "a request that is let go of is never answered")
     bool answered = false;
     REQUIRE(queue->sync([&] {
         auto task = transport->send({.url = prompt.url()}, *queue, [&](const auto &) { answered = true; });
-        REQUIRE(prompt.waitForHangUps(1));
+        CHECK(prompt.waitForHangUps(1));
         transport.reset(); // by now the answer has been handed over
     }));
     REQUIRE(queue->sync([] {}));
@@ -230,8 +232,7 @@ TEST_CASE_FIXTURE(NetFixture, "the end waits for no server and no name server, a
     Asked timedOut = send({.url = "https://hanging.invalid/", .timeLimit = 100ms});
     REQUIRE(server.waitForRequests(1));
     CHECK(outcome(timedOut.answer.get()) == "TimedOut");
-    for (int asked = lookups; asked < 2; asked = lookups)
-        lookups.wait(asked);
+    lookups.wait(0); // at least one of the two hangs: the other may have no time left to look
     transport.reset();
     CHECK(outcome(unanswered.answer.get()) == "Cancelled");
     CHECK(outcome(unresolved.answer.get()) == "Cancelled");

@@ -32,7 +32,7 @@ def lessons(folder, port):
     for _ in range(5):
         subprocess.run([folder / "example/log-event", f"http://127.0.0.1:{port}", folder / "data"], check=True)
         lines = output.read_text().splitlines() if output.exists() else []
-        found = [json.loads(line) for line in lines if '"lesson_finished"' in line]
+        found = [json.loads(line) for line in lines if '"lesson_finished"' in line and line.endswith("}")]
         if found:
             return found
     return []

@@ -94,7 +94,7 @@ TEST_CASE_FIXTURE(RecordingFixture, "a run asks nothing of any network unless th
     const HttpServer server([](const HttpServer::Request &) { return HttpServer::answer(204, ""); });
     ChildProcess sending(traced({{"MIPEME_ANALYTICS_COLLECTION_HOST", server.url("")}}, "3600"));
     CHECK(server.waitForRequests(1));
-    NetworkTrace::signal(sending, SIGINT);
+    REQUIRE(NetworkTrace::signal(sending, SIGINT));
     CHECK(sending.wait() == 0);
     CHECK_FALSE(network.callsOutside().empty()); // it would have been seen
 }
