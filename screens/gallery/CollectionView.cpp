@@ -8,8 +8,10 @@ namespace skyflare {
 
 void CollectionView::reloadData()
 {
+    const int items = source_->numberOfItemsInSection(0);
     std::vector<Cell> wanted;
-    for (int item = 0; item < source_->numberOfItemsInSection(0); ++item)
+    wanted.reserve(static_cast<std::size_t>(items));
+    for (int item = 0; item < items; ++item)
         wanted.push_back(source_->cellForItemAtIndexPath(item));
     const int current = currentIndex();
 
@@ -74,6 +76,7 @@ void CollectionView::setWidth(double width)
 void CollectionView::layOut()
 {
     std::vector<QSizeF> sizes;
+    sizes.reserve(cells_.size());
     for (int item = 0; item < count(); ++item)
         sizes.push_back(source_->sizeForItemAtIndexPath(item));
     layout_.prepareLayout(width_, sizes);
@@ -90,7 +93,7 @@ void CollectionView::moveCurrent(Move move)
     const int columns = static_cast<int>(std::ranges::count(frames, frames.front().y(), &QRectF::y));
     const int current = currentIndex();
     const int last = count() - 1;
-    const bool isInLastRow = current / columns == last / columns;
+    const bool isInLastRow = current / columns == last / columns; // NOLINT: the first frame counts itself
     switch (move) {
     case Left:
         return setCurrentIndex(current - 1);

@@ -51,8 +51,8 @@ CustomPopupView::Contents deletePhotoPopup(std::function<void()> deletePhoto)
 
 std::string saveErrorMail(std::string_view supportAddress)
 {
-    const std::string mail = "mailto:" + escaped(supportAddress, "@+") + "?subject=" + escaped(mailSubject) +
-                             "&body=" + escaped(mailBody);
+    std::string mail = "mailto:" + escaped(supportAddress, "@+") + "?subject=" + escaped(mailSubject) +
+                       "&body=" + escaped(mailBody);
     if (!formsURL(mail))
         qFatal("The support address makes no URL: %s", mail.c_str());
     return mail;
