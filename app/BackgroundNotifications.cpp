@@ -18,7 +18,7 @@ void BackgroundNotifications::addNotificationRequest(const UserNotification &not
                   .actions = {{"default", "Skyflare"}},
                   .choice = NotificationBoard::Choice::Welcome,
                   .identifier = notification.identifier,
-                  .sound = NotificationBoard::Sound::Message},
+                  .sound = NotificationBoard::Sound::NewMessage},
                  std::move(completionHandler),
                  [hold, chosen = chosen_](const NotificationBoard::Answer & /*answer*/) { chosen(); });
 }

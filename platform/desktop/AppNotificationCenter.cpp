@@ -78,7 +78,7 @@ void AppNotificationCenter::present(const UserNotification &notification, Option
         return;
     }
     const Place place = !isListed ? Place::BannerOnly : hasBanner ? Place::Usual : Place::ListOnly;
-    const Sound sound = may(Options::Sound, Auth::Sound) ? Sound::Message : Sound::None;
+    const Sound sound = may(Options::Sound, Auth::Sound) ? Sound::NewMessage : Sound::None;
     services_.board->show(contentOf(notification, place, sound), shown,
                           [weak = weak_from_this(), notification](const NotificationBoard::Answer &answer) {
                               if (const auto self = weak.lock())

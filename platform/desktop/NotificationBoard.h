@@ -19,7 +19,7 @@ public:
     };
     enum class Sound {
         Usual, ///< as the desktop likes it
-        Message,
+        NewMessage,
         None
     };
     enum class Place {

@@ -48,7 +48,7 @@ GVariant *hintsFor(const NotificationBoard::Content &content, const std::string 
         g_variant_builder_add(&hints, "{sv}", name, value);
     };
     add("desktop-entry", g_variant_new_string(desktopEntry.c_str()));
-    if (content.sound == NotificationBoard::Sound::Message)
+    if (content.sound == NotificationBoard::Sound::NewMessage)
         add("sound-name", g_variant_new_string("message-new-instant"));
     else if (content.sound == NotificationBoard::Sound::None)
         add("suppress-sound", g_variant_new_boolean(TRUE));

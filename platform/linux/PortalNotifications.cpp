@@ -50,7 +50,7 @@ void addActions(GVariantBuilder &to, const Content &content)
 void addPresentation(GVariantBuilder &to, const Content &content)
 {
     if (content.sound != NotificationBoard::Sound::Usual) {
-        const bool isHeard = content.sound == NotificationBoard::Sound::Message;
+        const bool isHeard = content.sound == NotificationBoard::Sound::NewMessage;
         add(to, "sound", g_variant_new_string(isHeard ? "default" : "silent"));
     }
     if (content.place == NotificationBoard::Place::Usual)
