@@ -3,10 +3,10 @@
 #include "platform/sqlite/Database.h"
 #include "tests/app/DrivenApp.h"
 #include "tests/fakes/TemporaryFolder.h"
+#include "tests/fakes/WaitUntil.h"
 
 #include <doctest/doctest.h>
 
-#include <chrono>
 #include <cstdint>
 #include <memory>
 
@@ -40,9 +40,8 @@ struct AppFixture {
     /// Waits until the gallery counts as many photos as are stored.
     void seeAllCounted(DrivenApp &app) const
     {
-        const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(120);
-        while (app.read("photoCountLabel") != '(' + std::to_string(storedPhotos()) + ')')
-            REQUIRE(std::chrono::steady_clock::now() < until);
+        REQUIRE(waitUntil(
+            [&] { return app.read("photoCountLabel") == '(' + std::to_string(storedPhotos()) + ')'; }));
     }
 
     static void passOnboarding(DrivenApp &app)

@@ -5,6 +5,7 @@
 #include "platform/image/Image.h"
 #include "tests/camera/CameraRig.h"
 #include "tests/fakes/PrivatePipeWire.h"
+#include "tests/fakes/WaitUntil.h"
 
 #include <doctest/doctest.h>
 #include <sys/socket.h>
@@ -16,7 +17,6 @@
 #include <cstring>
 #include <filesystem>
 #include <future>
-#include <thread>
 
 using namespace skyflare;
 
@@ -27,14 +27,6 @@ PrivatePipeWire &pipeWire()
 {
     static PrivatePipeWire running;
     return running;
-}
-
-bool waitUntil(const std::function<bool()> &isTrue)
-{
-    const auto until = std::chrono::steady_clock::now() + deadline;
-    while (!isTrue() && std::chrono::steady_clock::now() < until)
-        std::this_thread::yield();
-    return isTrue();
 }
 
 /// A camera that has just come: the monitor may take a moment to hear of it.
